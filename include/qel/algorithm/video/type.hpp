@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+
+#include "qel/algorithm/export.hpp"
+#include "qel/type/name.hpp"
+#include "qel/type/strings.hpp"
+
+namespace qel::algorithm::video {
+
+/// What a video algorithm does with a frame. An algorithm keeps its type as the bit of this number in a flag set.
+enum class Type : std::uint32_t {
+    Inplace = 0,      ///< works on a frame that it may change
+    Passthrough = 1,  ///< looks at a frame and passes it on unchanged
+    Transform = 2,    ///< reserved: no algorithm of this type can be made yet
+};
+
+}  // namespace qel::algorithm::video
+
+template <>
+struct qel::type::Name<qel::algorithm::video::Type> {
+    static constexpr char const* Value = "qel.algorithm.video.Type";
+};
+
+template <>
+struct qel::type::Strings<qel::algorithm::video::Type> {
+    /// "inplace", "passthrough", "transform".
+    QEL_ALGORITHM_EXPORT static StringMap const& GetMap();
+};
