@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -13,6 +14,7 @@
 
 #include "reference/erase_rect.hpp"
 #include "reference/pixels.hpp"
+#include "support/allocations.hpp"
 
 namespace qel::algorithm {
 namespace {
@@ -69,7 +71,10 @@ TEST(BitMask, IsClearedByResizing) {
 TEST(BitMask, KeepsItsSizeWhenItCannotGrow) {
     BitMask mask({40, 2});
     mask.Fill(1);
-    EXPECT_THROW(mask.Resize({Ones - 31U, Ones}), std::exception);
+    {
+        support::FailingAllocations const failing(0);
+        EXPECT_THROW(mask.Resize({400, 20}), std::bad_alloc);
+    }
     EXPECT_EQ(mask.GetSize(), (BitMask::Size{40, 2}));
     EXPECT_EQ(mask.GetData(), Words(4, Ones));
 }
