@@ -2,6 +2,7 @@
 
 option(QEL_BUILD_PROGRAM "Build the host library and the qel program (needs GStreamer, cairo, CLI11)" ON)
 option(QEL_BUILD_TESTS "Build the tests (needs GoogleTest, RapidCheck)" ${PROJECT_IS_TOP_LEVEL})
+option(QEL_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 option(QEL_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark, OpenCV, Leptonica)" OFF)
 option(QEL_BUILD_FUZZERS "Build the libFuzzer programs (needs clang)" OFF)
 option(QEL_WARNINGS_AS_ERRORS "Stop at the first warning" ${PROJECT_IS_TOP_LEVEL})
