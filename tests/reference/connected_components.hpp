@@ -94,13 +94,14 @@ private:
             }
             above.swap(current);
         }
-        for (InternalBlob* record = next; record-- != store.data();) {
-            if (record->parent == nullptr) continue;
-            Blob& parent = record->parent->blob;
-            parent.minX = std::min(parent.minX, record->blob.minX);
-            parent.minY = std::min(parent.minY, record->blob.minY);
-            parent.maxX = std::max(parent.maxX, record->blob.maxX);
-            parent.maxY = std::max(parent.maxY, record->blob.maxY);
+        for (std::size_t i = static_cast<std::size_t>(next - store.data()); i-- != 0;) {
+            if (store[i].parent == nullptr) continue;
+            Blob const& child = store[i].blob;
+            Blob& parent = store[i].parent->blob;
+            parent.minX = std::min(parent.minX, child.minX);
+            parent.minY = std::min(parent.minY, child.minY);
+            parent.maxX = std::max(parent.maxX, child.maxX);
+            parent.maxY = std::max(parent.maxY, child.maxY);
         }
         std::vector<Blob> blobs;
         for (InternalBlob const* record = store.data(); record != next; ++record) {
