@@ -1,0 +1,249 @@
+#include "qel/configuration/node.hpp"
+
+#include <algorithm>
+#include <exception>
+#include <stdexcept>
+
+#include <cereal/archives/json.hpp>
+
+#include "handler_list.hpp"
+#include "qel/configuration/node/vector.hpp"
+#include "read_json.hpp"
+#include "tree_lock.hpp"
+#include "write_json.hpp"
+
+namespace qel::configuration {
+
+using detail::ReadLock;
+using detail::TreeMutex;
+using detail::WriteLock;
+
+Node::Node(char const* typeName, std::string name, std::string description, node::Options options, Timestamp timestamp)
+    : Object(typeName),
+      name_(std::move(name)),
+      description_(std::move(description)),
+      options_(options),
+      timestamp_(timestamp),
+      handlers_(std::make_shared<detail::HandlerList>()) {}
+
+// Until the children know that their parent is gone, other threads may walk up to it: they use nothing of it but the
+// members of Node itself, which are still there.
+Node::~Node() {
+    if (children_.empty()) return;
+    WriteLock const lock(TreeMutex());
+    for (auto const& child : children_) child->parent_ = nullptr;
+}
+
+Node::Timestamp Node::GetTimestamp() const {
+    ReadLock const lock(TreeMutex());
+    return timestamp_;
+}
+
+std::shared_ptr<Node> Node::GetParent() const {
+    ReadLock const lock(TreeMutex());
+    return parent_ ? parent_->weak_from_this().lock() : nullptr;
+}
+
+std::string Node::GetPath(std::shared_ptr<Node const> const& root) const {
+    ReadLock const lock(TreeMutex());
+    return GetPathLocked(root.get());
+}
+
+Node::Nodes Node::GetChildren() const {
+    ReadLock const lock(TreeMutex());
+    return children_;
+}
+
+bool Node::IsFrozen() const {
+    ReadLock const lock(TreeMutex());
+    return frozen_;
+}
+
+// By the identifier, not by a cast: the node may be in its destructor.
+bool Node::HasElements() const noexcept { return GetTypeId() == hash::MurmurThree32(type::Name<node::Vector>::Value); }
+
+std::string Node::GetPathLocked(Node const* root) const {
+    // From this node up; each step is an index, which stands behind its name without a dot, or a name.
+    std::string path;
+    auto const prepend = [&](std::string const& step) {
+        path.insert(0, path.empty() || path.front() == '[' ? step : step + '.');
+    };
+    bool const isBelow = root && IsOrIsBelowLocked(*root);
+    Node const* node = this;
+    for (; node->parent_ && !(isBelow && node == root); node = node->parent_) {
+        if (node->parent_->HasElements()) {
+            auto const& elements = node->parent_->children_;
+            auto const found = std::find_if(elements.begin(), elements.end(), [&](auto& e) { return e.get() == node; });
+            prepend('[' + std::to_string(found - elements.begin()) + ']');
+        } else {
+            prepend(node->name_);
+        }
+    }
+    if (!(isBelow && node == root) && !node->name_.empty()) prepend(node->name_);
+    return path;
+}
+
+bool Node::IsOrIsBelowLocked(Node const& other) const noexcept {
+    Node const* node = this;
+    while (node && node != &other) node = node->parent_;
+    return node != nullptr;
+}
+
+type::Binding Node::Bind(Handler handler, node::binding::Options options) {
+    if (!handler) throw std::invalid_argument(GetPath() + ": the handler to bind must not be empty");
+    auto const bound = handlers_->Add(std::move(handler));
+    type::Binding binding([list = std::weak_ptr(handlers_), bound] {
+        if (auto const handlers = list.lock()) handlers->Remove(*bound);
+        bound->End();
+    });
+    // Bound first, called then: a change in between reaches the handler twice rather than never.
+    if (options.Test(node::binding::Option::CallNow)) bound->Call(std::make_shared<Event const>(GetPtr()));
+    return binding;
+}
+
+void Node::Commit() {
+    // Declared before the lock: what goes is destroyed without it.
+    std::vector<ObjectPtr> released;
+    auto const now = std::chrono::system_clock::now();
+    WriteLock const lock(TreeMutex());
+    CommitTreeLocked(now, released);
+}
+
+void Node::CommitTreeLocked(Timestamp now, std::vector<ObjectPtr>& released) {
+    if (staged_) {
+        ObjectPtr& value = released.emplace_back();
+        value.swap(staged_);
+        if (!IsCurrentLocked(*value)) {
+            CommitLocked(value);
+            timestamp_ = now;
+            pending_ = true;
+        }
+    }
+    for (auto const& child : children_) child->CommitTreeLocked(now, released);
+}
+
+void Node::Discard() {
+    std::vector<ObjectPtr> released;
+    WriteLock const lock(TreeMutex());
+    DiscardTreeLocked(released);
+}
+
+void Node::DiscardTreeLocked(std::vector<ObjectPtr>& released) {
+    if (staged_) released.emplace_back().swap(staged_);
+    for (auto const& child : children_) child->DiscardTreeLocked(released);
+}
+
+void Node::Freeze(node::Freeze mode) {
+    std::vector<ObjectPtr> released;
+    WriteLock const lock(TreeMutex());
+    FreezeTreeLocked(mode == node::Freeze::Frozen, released);
+}
+
+void Node::FreezeTreeLocked(bool frozen, std::vector<ObjectPtr>& released) {
+    if (frozen && staged_) released.emplace_back().swap(staged_);
+    frozen_ = frozen;
+    for (auto const& child : children_) child->FreezeTreeLocked(frozen, released);
+}
+
+void Node::CheckNotFrozenLocked() const {
+    if (frozen_) throw std::logic_error(GetPathLocked() + ": the configuration node is frozen");
+}
+
+void Node::Fire() {
+    Nodes nodes;
+    {
+        WriteLock const lock(TreeMutex());
+        pending_ = false;
+        for (auto const& child : children_) child->TakePendingLocked(nodes);
+    }
+    nodes.push_back(GetPtr());
+    FireAll(nodes);
+}
+
+void Node::TakePendingLocked(Nodes& pending) {
+    if (pending_) {
+        pending.push_back(GetPtr());
+        pending_ = false;
+    }
+    for (auto const& child : children_) child->TakePendingLocked(pending);
+}
+
+void Node::FireAll(Nodes const& nodes) {
+    std::exception_ptr error;
+    for (auto const& node : nodes) node->handlers_->Call(std::make_shared<Event const>(node), error);
+    if (error) std::rethrow_exception(error);
+}
+
+void Node::AdoptLocked(Nodes const& children) {
+    for (auto const& child : children) {
+        if (child->parent_) {
+            throw std::invalid_argument(child->GetPathLocked() + ": the node is part of a tree already");
+        }
+        if (IsOrIsBelowLocked(*child)) {
+            throw std::invalid_argument(GetPathLocked() + ": a node cannot become a child of a node below it");
+        }
+    }
+    children_.insert(children_.end(), children.begin(), children.end());
+    for (auto const& child : children) child->parent_ = this;
+}
+
+void Node::ReplaceChildrenLocked(Nodes& children) noexcept {
+    for (auto const& child : children_) child->parent_ = nullptr;
+    for (auto const& child : children) child->parent_ = this;
+    children_.swap(children);
+}
+
+void Node::StageData(cereal::JSONInputArchive& archive, std::vector<std::shared_ptr<Node>>& changed) {
+    CheckReadable();
+    Plan plan;
+    ReadData(archive, plan);
+    changed.reserve(changed.size() + plan.size());
+    WriteLock const lock(TreeMutex());
+    for (auto const& [node, value] : plan) node->CheckLocked(*value);
+    for (auto& [node, value] : plan) {
+        if (!node->staged_ && node->IsCurrentLocked(*value)) continue;
+        node->StageLocked(value);
+        if (std::find(changed.begin(), changed.end(), node) == changed.end()) changed.push_back(node);
+    }
+}
+
+void Node::CheckReadable() const {
+    if (IsOn(node::Option::ReadOnly)) {
+        throw std::logic_error(GetPath() + ": the configuration value is dil read only");
+    }
+    ReadLock const lock(TreeMutex());
+    CheckNotFrozenLocked();
+}
+
+void Node::ReadChild(Node& child, cereal::JSONInputArchive& archive, Plan& plan) {
+    child.CheckReadable();
+    if (child.IsGroup()) {
+        detail::ReadObject(archive, child.GetPath(), [&] { child.ReadData(archive, plan); });
+    } else {
+        child.ReadData(archive, plan);
+    }
+}
+
+void Node::Data(cereal::JSONOutputArchive& archive) const {
+    if (IsOn(node::Option::WriteOnly)) throw std::logic_error(GetPath() + ": the configuration value is write only");
+    WriteData(archive, Which::Current);
+}
+
+void Node::Defaults(cereal::JSONOutputArchive& archive) const { WriteData(archive, Which::Default); }
+
+void Node::WriteAccess(cereal::JSONOutputArchive& archive) const {
+    if (IsOn(node::Option::ReadOnly)) detail::WriteJson(archive, "readOnly", true);
+    if (IsOn(node::Option::WriteOnly)) detail::WriteJson(archive, "writeOnly", true);
+}
+
+void Node::WriteChildren(cereal::JSONOutputArchive& archive, Which which) const {
+    for (auto const& child : GetChildren()) {
+        if (which == Which::Current && child->IsOn(node::Option::WriteOnly)) continue;
+        archive.setNextName(child->name_.c_str());
+        if (child->IsGroup()) archive.startNode();
+        child->WriteData(archive, which);
+        if (child->IsGroup()) archive.finishNode();
+    }
+}
+
+}  // namespace qel::configuration

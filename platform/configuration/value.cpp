@@ -1,0 +1,131 @@
+#include "qel/configuration/node/value.hpp"
+
+#include <algorithm>
+#include <chrono>
+
+#include "tree_lock.hpp"
+
+namespace qel::configuration::node {
+
+using detail::ReadLock;
+using detail::TreeMutex;
+using detail::WriteLock;
+
+Value::Value(char const* typeName, std::string name, std::string description, Options options, ObjectPtr defaultValue,
+             std::shared_ptr<Validator const> validator)
+    : Node(typeName, std::move(name), std::move(description), options, std::chrono::system_clock::now()),
+      value_(defaultValue),
+      default_(std::move(defaultValue)),
+      validator_(std::move(validator)) {}
+
+std::shared_ptr<object::Object const> Value::GetValue() const {
+    ReadLock const lock(TreeMutex());
+    return value_;
+}
+
+std::shared_ptr<object::Object const> Value::GetDefault() const {
+    ReadLock const lock(TreeMutex());
+    return default_;
+}
+
+std::shared_ptr<object::Object const> Value::GetStaged() const {
+    ReadLock const lock(TreeMutex());
+    return GetStagedLocked();
+}
+
+std::shared_ptr<Validator const> Value::GetValidator() const {
+    ReadLock const lock(TreeMutex());
+    return validator_;
+}
+
+void Value::Stage(object::Object const& value) { StageObject(Convert(value)); }
+
+void Value::StageObject(ObjectPtr value) {
+    WriteLock const lock(TreeMutex());
+    CheckLocked(*value);
+    StageLocked(value);
+}
+
+void Value::Set(object::Object const& value) { SetObject(Convert(value)); }
+
+void Value::SetObject(ObjectPtr value) {
+    Batch batch;
+    batch.emplace_back(GetPtr<Value>(), std::move(value));
+    SetAll(std::move(batch));
+}
+
+void Value::SetAll(Batch batch) {
+    Nodes changed;
+    changed.reserve(batch.size());
+    auto const now = std::chrono::system_clock::now();
+    {
+        WriteLock const lock(TreeMutex());
+        for (auto const& [node, value] : batch) node->CheckLocked(*value);
+        for (auto& [node, value] : batch) {
+            ObjectPtr none;
+            node->StageLocked(none);
+            if (node->IsCurrentLocked(*value)) continue;
+            node->CommitLocked(value);
+            node->SetTimestampLocked(now);
+            if (std::find(changed.begin(), changed.end(), node) == changed.end()) changed.push_back(node);
+        }
+    }
+    FireAll(changed);
+}
+
+void Value::Copy(Value const& other) {
+    if (GetTypeId() != other.GetTypeId()) throw other.BadCastError(GetTypeName());
+    if (this == &other) return;
+    bool changed = false;
+    auto const now = std::chrono::system_clock::now();
+    {
+        WriteLock const lock(TreeMutex());
+        CheckNotFrozenLocked();
+        changed = !IsEqualLocked(other);
+        CopyLocked(other);
+        if (changed) SetTimestampLocked(now);
+    }
+    if (changed) FireAll({GetPtr()});
+}
+
+void Value::CopyLocked(Value const& other) {
+    value_ = other.value_;
+    default_ = other.default_;
+    validator_ = other.validator_;
+    ObjectPtr staged = other.GetStagedLocked();
+    StageLocked(staged);
+}
+
+bool Value::EqualTo(Value const& other) const {
+    ReadLock const lock(TreeMutex());
+    return IsEqualLocked(other);
+}
+
+bool Value::IsEqualLocked(Value const& other) const {
+    return GetTypeId() == other.GetTypeId() && IsSame(*value_, *other.value_);
+}
+
+void Value::CheckLocked(object::Object const& value) const {
+    CheckNotFrozenLocked();
+    CheckAllowedLocked(value, GetPathLocked());
+}
+
+bool Value::IsCurrentLocked(object::Object const& value) const { return IsSame(*value_, value); }
+
+void Value::CommitLocked(ObjectPtr& value) { value_.swap(value); }
+
+void Value::ReadData(cereal::JSONInputArchive& archive, Plan& plan) {
+    std::string const path = GetPath();
+    ObjectPtr value = Read(archive, path);
+    {
+        ReadLock const lock(TreeMutex());
+        CheckAllowedLocked(*value, path);
+    }
+    plan.emplace_back(GetPtr(), std::move(value));
+}
+
+void Value::WriteData(cereal::JSONOutputArchive& archive, Which which) const {
+    Write(archive, which == Which::Current ? *GetValue() : *GetDefault());
+}
+
+}  // namespace qel::configuration::node
