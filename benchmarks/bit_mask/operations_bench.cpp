@@ -9,17 +9,17 @@
 #include <benchmark/benchmark.h>
 #include <opencv2/imgproc.hpp>
 
+#include "bit_mask/benches.hpp"
 #include "qel/algorithm/bit_mask.hpp"
 #include "qel/algorithm/bit_mask/dilate.hpp"
 #include "qel/algorithm/bit_mask/erode.hpp"
 #include "support/masks.hpp"
 #include "support/peers.hpp"
-#include "support/ratios.hpp"
 
+namespace qel::benchmarks {
 namespace {
 
-using namespace qel::benchmarks;
-using qel::algorithm::BitMask;
+using algorithm::BitMask;
 
 /// Two masks and a result in the formats of all contestants.
 struct Data {
@@ -57,7 +57,7 @@ struct Operation {
 };
 
 std::vector<Operation> Operations() {
-    namespace bit_mask = qel::algorithm::bit_mask;
+    namespace bit_mask = algorithm::bit_mask;
     return {
         {"Dilate8Way",
          {{"qel", Morphology<bit_mask::Dilate8Way>, Result::Ours},
@@ -122,11 +122,9 @@ void Prepare(Size size, NamedMask const& named) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    cv::setNumThreads(1);
-    for (Size const size : Sizes) {
-        Prepare(size, {"motion", Motion(size, true)});
-        Prepare(size, {"noise-50", Noise(size, 50, 1)});
-    }
-    return RunAndCompare(argc, argv);
+void RegisterOperations(Size size) {
+    Prepare(size, {"motion", Motion(size, true)});
+    Prepare(size, {"noise-50", Noise(size, 50, 1)});
 }
+
+}  // namespace qel::benchmarks

@@ -15,6 +15,7 @@
 #include "reference/pixels.hpp"
 #include "reference/shapes.hpp"
 #include "support/allocations.hpp"
+#include "support/picture.hpp"
 
 namespace qel::algorithm {
 namespace {
@@ -26,15 +27,8 @@ static_assert(!std::is_copy_constructible_v<ConnectedComponents> && !std::is_cop
 static_assert(std::is_nothrow_move_constructible_v<ConnectedComponents>);
 static_assert(std::is_nothrow_swappable_v<ConnectedComponents>);
 
-/// A mask from one text a row; '#' is set, and so is all padding.
-BitMask Picture(std::vector<std::string_view> const& rows) {
-    BitMask mask({static_cast<unsigned int>(rows[0].size()), static_cast<unsigned int>(rows.size())});
-    mask.Fill(1);
-    for (unsigned int y = 0; y < rows.size(); ++y) {
-        for (unsigned int x = 0; x < rows[y].size(); ++x) reference::Set(mask, x, y, rows[y][x] == '#');
-    }
-    return mask;
-}
+/// Its padding is set: it must not matter.
+BitMask Picture(std::vector<std::string_view> const& rows) { return support::Picture(rows, true); }
 
 Blobs Connect8Way(BitMask const& mask, unsigned int min_area = 0) {
     Blobs blobs;

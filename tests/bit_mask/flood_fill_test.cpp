@@ -1,0 +1,151 @@
+#include "qel/algorithm/bit_mask/flood_fill.hpp"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "reference/flood_fill.hpp"
+#include "reference/pixels.hpp"
+#include "reference/shapes.hpp"
+#include "support/picture.hpp"
+
+namespace qel::algorithm::bit_mask {
+namespace {
+
+using support::Picture;
+
+BitMask Fill(BitMask const& src, unsigned int x, unsigned int y) {
+    BitMask dst;
+    FloodFill8Way(src, dst, {x, y}, 1);
+    return dst;
+}
+
+TEST(FloodFill8Way, FillsTheRegionOfTheSeed) {
+    struct Case {
+        char const* name;
+        BitMask src;
+        unsigned int x, y;
+        BitMask filled;
+    };
+    Case const cases[] = {
+        {"two pixels that touch at a corner", Picture({"#.", ".#"}), 0, 0, Picture({"#.", ".#"})},
+        {"the other corner", Picture({".#", "#."}), 0, 1, Picture({".#", "#."})},
+        {"a seed on background with nothing around", Picture({"...#", "....", "...."}), 1, 1,
+         Picture({"....", ".#..", "...."})},
+        {"a seed on background beside foreground", Picture({"#...", "...#", "...#"}), 1, 1,
+         Picture({"#...", ".#..", "...."})},
+        {"both arms of a U from one", Picture({"#.#.", "#.#.", "###.", "...."}), 0, 0,
+         Picture({"#.#.", "#.#.", "###.", "...."})},
+        {"both arms of an arch from one", Picture({"###", "#.#", "#.#"}), 2, 2, Picture({"###", "#.#", "#.#"})},
+        {"from rim to rim", Picture({"####", "####"}), 3, 1, Picture({"####", "####"})},
+        {"nothing across a gap", Picture({"##.#", "##.#"}), 0, 0, Picture({"##..", "##.."})},
+        {"a single pixel", Picture({"#"}), 0, 0, Picture({"#"})},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(Fill(c.src, c.x, c.y), c.filled);
+    }
+}
+
+TEST(FloodFill8Way, IsBlockedByWhatIsSetInTheDestination) {
+    BitMask const src = Picture({"#####", "#####", "#####"});
+    BitMask dst = Picture({"..#..", "..#..", "..#.."});
+    FloodFill8Way(src, dst, {0, 1}, 1);
+    EXPECT_EQ(dst, Picture({"###..", "###..", "###.."}));
+    FloodFill8Way(src, dst, {4, 0}, 7);
+    EXPECT_EQ(dst, Picture({"#####", "#####", "#####"}));
+}
+
+TEST(FloodFill8Way, GoesOnFromASeedThatIsSetInTheDestination) {
+    BitMask dst = Picture({".#.", "...", "..#"});
+    FloodFill8Way(Picture({"###", "...", "###"}), dst, {1, 0}, 1);
+    EXPECT_EQ(dst, Picture({"###", "...", "..#"}));
+}
+
+TEST(FloodFill8Way, ClearsADestinationOfAnotherSizeFirst) {
+    BitMask const src = Picture({"##.", "...", "..#"});
+    for (BitMask::Size const size : {BitMask::Size{3, 4}, {4, 3}, {0, 0}, {100, 100}}) {
+        BitMask dst(size);
+        dst.Fill(1);
+        FloodFill8Way(src, dst, {0, 0}, 1);
+        EXPECT_EQ(dst, Picture({"##.", "...", "..."}));
+    }
+}
+
+TEST(FloodFill8Way, LeavesPaddingAlone) {
+    BitMask src({40, 3}), dst({40, 3});
+    src.Fill(1);
+    FloodFill8Way(src, dst, {39, 1}, 1);
+    for (unsigned int y = 0; y < 3; ++y) {
+        for (unsigned int x = 0; x < 64; ++x) EXPECT_EQ(reference::Get(dst, x, y), x < 40);
+    }
+}
+
+TEST(FloodFill8Way, EndsOutsideItsContract) {
+    BitMask const src = Picture({"##", "##"});
+    BitMask dst = Picture({"##", ".#"});
+    FloodFill8Way(src, dst, {0, 0}, 0);
+    EXPECT_EQ(dst, Picture({".#", ".#"}));
+    FloodFill8Way(src, dst, {2, 0}, 1);
+    FloodFill8Way(src, dst, {0, 2}, 1);
+    FloodFill8Way(src, dst, {~0U, ~0U}, 1);
+    EXPECT_EQ(dst, Picture({".#", ".#"}));
+    FloodFill8Way(BitMask(), dst, {0, 0}, 1);
+    EXPECT_EQ(dst, BitMask());
+    FloodFill8Way(BitMask({0, 4}), dst, {0, 0}, 1);
+    EXPECT_EQ(dst, BitMask({0, 4}));
+}
+
+TEST(FloodFill8Way, KeepsToTheRowsThatShorterStoresHold) {
+    BitMask src({32, 4}), dst({32, 4});
+    src.Fill(1);
+    src.GetData().resize(2);
+    FloodFill8Way(src, dst, {3, 0}, 1);
+    EXPECT_EQ(dst.GetData(), (std::vector<std::uint32_t>{~0U, ~0U, 0, 0}));
+    FloodFill8Way(src, dst, {3, 3}, 1);
+    dst.GetData().resize(1);
+    FloodFill8Way(src, dst, {3, 1}, 1);
+    EXPECT_EQ(dst.GetData(), std::vector<std::uint32_t>{~0U});
+}
+
+TEST(FloodFill8Way, FillsNothingButTheSeedFromAMaskIntoItself) {
+    BitMask mask = Picture({"##.", "##."});
+    FloodFill8Way(mask, mask, {2, 1}, 1);
+    EXPECT_EQ(mask, Picture({"##.", "###"}));
+}
+
+TEST(FloodFill8Way, GivesTheDefinitionOnNoise) {
+    std::mt19937 random(51);
+    for (int i = 0; i < 6000; ++i) {
+        BitMask::Size const size{reference::Draw(random, 1, 200), reference::Draw(random, 1, 40)};
+        BitMask const src = reference::Noise(size, reference::Draw(random, 1, 99), random);
+        BitMask dst = random() % 2 == 0 ? BitMask() : reference::Noise(size, reference::Draw(random, 0, 30), random);
+        geometry::Point<unsigned int, 2> const seed{reference::Draw(random, 0, size.width - 1),
+                                                    reference::Draw(random, 0, size.height - 1)};
+        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
+        FloodFill8Way(src, dst, seed, 1);
+        ASSERT_EQ(dst, expected) << size << ' ' << seed.x << ' ' << seed.y;
+    }
+}
+
+TEST(FloodFill8Way, GivesTheDefinitionOnShapes) {
+    std::mt19937 random(52);
+    for (reference::Shape const& shape : reference::Shapes()) {
+        SCOPED_TRACE(shape.name);
+        for (int i = 0; i < 60; ++i) {
+            BitMask::Size const size{reference::Draw(random, 1, 300), reference::Draw(random, 1, 60)};
+            BitMask src = shape.make(size, random);
+            if (i % 2 == 0) {
+                for (auto& word : src.GetData()) {
+                    word ^= static_cast<std::uint32_t>(random() & random() & random() & random());
+                }
+            }
+            geometry::Point<unsigned int, 2> const seed{reference::Draw(random, 0, size.width - 1),
+                                                        reference::Draw(random, 0, size.height - 1)};
+            ASSERT_EQ(Fill(src, seed.x, seed.y), reference::FloodFill8Way(src, BitMask(), seed)) << size;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qel::algorithm::bit_mask
