@@ -1,0 +1,17 @@
+#include "annotation_sink.hpp"
+
+#include <utility>
+
+#include "canvas.hpp"
+#include "overlay.hpp"
+
+namespace qel::host {
+
+void AnnotationSink::Take(AnalysedFrame const& analysed) {
+    Picture picture = ToPicture(analysed.frame);
+    DrawObjects(picture, picture.size, analysed.result.objects);
+    if (picture.size != size_) picture = Scale(picture, size_);
+    writer_.Write(std::move(picture), analysed.frame.GetTimestamp().time_since_epoch());
+}
+
+}  // namespace qel::host

@@ -1,0 +1,102 @@
+#include "run.hpp"
+
+#include <algorithm>
+
+#include "text.hpp"
+
+namespace qel::host {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Adds the time that an action takes to a stage, also when it throws.
+template <class Action>
+decltype(auto) Timed(StageTime& stage, Action&& action) {
+    struct Stop {
+        StageTime& stage;
+        Clock::time_point start = Clock::now();
+        ~Stop() { stage.time += Clock::now() - start; }
+    } const stop{stage};
+    return action();
+}
+
+class Loop {
+public:
+    explicit Loop(RunPlan& plan) : plan_(plan), sinkFailed_(plan.sinks.size(), false) {
+        report_.stages = {{"decode"}, {"algorithm"}};
+        for (auto const& sink : plan.sinks) report_.stages.push_back({sink->GetStage()});
+    }
+
+    RunReport Run() {
+        auto const start = Clock::now();
+        Guard([this] {
+            while (!plan_.maxFrames || report_.frames < *plan_.maxFrames) {
+                if (!Step()) break;
+            }
+        });
+        for (std::size_t i = 0; i < plan_.sinks.size(); ++i) {
+            if (!sinkFailed_[i]) Guard([this, i] { Timed(SinkStage(i), [&] { plan_.sinks[i]->Finish(); }); });
+        }
+        report_.elapsed = Clock::now() - start;
+        return std::move(report_);
+    }
+
+private:
+    StageTime& SinkStage(std::size_t index) { return report_.stages[2 + index]; }
+
+    /// Runs an action and keeps its exception, unless there is an earlier one.
+    template <class Action>
+    void Guard(Action&& action) {
+        try {
+            action();
+        } catch (...) {
+            if (!report_.error) report_.error = std::current_exception();
+        }
+    }
+
+    bool Step() {
+        auto const frame = Timed(report_.stages[0], [this] { return plan_.source.Read(); });
+        if (!frame) return false;
+        algorithm::video::Result result;
+        VideoSource::Frame const shown = Timed(report_.stages[1], [&] { return plan_.analyse(*frame, result); });
+        for (std::size_t i = 0; i < plan_.sinks.size(); ++i) {
+            // Set while the sink is at work, so that it stays set when the sink throws.
+            sinkFailed_[i] = true;
+            Timed(SinkStage(i), [&] { plan_.sinks[i]->Take({report_.frames, shown, result}); });
+            sinkFailed_[i] = false;
+        }
+        ++report_.frames;
+        report_.objects += result.objects.size();
+        if (plan_.progress) plan_.progress(report_.frames);
+        return true;
+    }
+
+    RunPlan& plan_;
+    std::vector<bool> sinkFailed_;
+    RunReport report_;
+};
+
+double Seconds(std::chrono::nanoseconds time) { return std::chrono::duration<double>(time).count(); }
+
+std::string Rate(std::uint64_t frames, std::chrono::nanoseconds time) {
+    return time.count() > 0 ? FormatNumber(static_cast<double>(frames) / Seconds(time), 1) : std::string("-");
+}
+
+}  // namespace
+
+RunReport Run(RunPlan& plan) { return Loop(plan).Run(); }
+
+std::string Summarise(RunReport const& report, std::string const& source) {
+    std::string text = source + ": " + std::to_string(report.frames) + (report.frames == 1 ? " frame, " : " frames, ") +
+                       std::to_string(report.objects) + (report.objects == 1 ? " object, " : " objects, ") +
+                       FormatNumber(Seconds(report.elapsed), 2) + " s, " + Rate(report.frames, report.elapsed) +
+                       " frames/s\n";
+    std::string stages;
+    for (StageTime const& stage : report.stages) {
+        stages += (stages.empty() ? "  " : ", ") + stage.stage + " " + FormatNumber(Seconds(stage.time), 3) + " s";
+        if (stage.stage == "algorithm") stages += " (" + Rate(report.frames, stage.time) + " frames/s)";
+    }
+    return text + stages + "\n";
+}
+
+}  // namespace qel::host

@@ -1,0 +1,178 @@
+#include "video_source.hpp"
+
+#include <cmath>
+#include <utility>
+
+#include <gst/app/gstappsink.h>
+
+#include "container_check.hpp"
+#include "error.hpp"
+#include "gst_frame.hpp"
+#include "gstreamer.hpp"
+#include "source_failure.hpp"
+
+namespace qel::host {
+namespace {
+
+constexpr guint QueuedFrames = 4;
+constexpr GstClockTime PollTime = 50 * GST_MSECOND;
+/// How many polls without a frame are waited for, after an error, for frames that were under way when it struck.
+constexpr int PatienceAfterError = 40;
+
+GstPtr<GstCaps> WantedCaps(std::vector<media::ColourFormat> const& formats) {
+    // GStreamer converts anything into the first; offered a list, it would choose what costs it least instead.
+    for (media::ColourFormat const format : formats) {
+        if (char const* const name = ToGstFormat(format)) {
+            return GstPtr<GstCaps>(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, name, nullptr));
+        }
+    }
+    throw Error("the algorithm accepts no colour format that frames can be given in");
+}
+
+/// Links a decoded stream to the converter: the first one that is a video, the only kind that is exposed.
+void LinkDecoded(GstElement*, GstPad* pad, gpointer converter) {
+    GstPtr<GstPad> const target(gst_element_get_static_pad(static_cast<GstElement*>(converter), "sink"));
+    if (gst_pad_is_linked(target.get()) == FALSE) gst_pad_link(pad, target.get());
+}
+
+}  // namespace
+
+struct VideoSource::Impl {
+    Impl(Location place, std::vector<media::ColourFormat> const& formats, std::function<bool()> stopQuestion);
+
+    std::optional<Frame> Pull();
+    Frame Wrap(GstSample* sample);
+    media::TimePoint TimeOf(GstSample* sample);
+    void TakeMessages();
+    [[noreturn]] void Fail() const;
+    void AtEnd();
+    bool FramesUnderWay() const;
+    void LearnLength();
+
+    Location location;
+    std::function<bool()> stop;
+    SourceFailure failure;
+    Pipeline pipeline{"qel-source"};
+    GstElement* sink = nullptr;
+
+    GstPtr<GstCaps> caps;
+    GstVideoInfo info{};
+    std::chrono::nanoseconds lastTime{0};
+    std::uint64_t frames = 0;
+    bool ended = false;
+    std::optional<Frame> first;
+    std::optional<std::uint64_t> expectedFrames;
+    double frameRate = 0;
+};
+
+VideoSource::Impl::Impl(Location place, std::vector<media::ColourFormat> const& formats,
+                        std::function<bool()> stopQuestion)
+    : location(std::move(place)), stop(std::move(stopQuestion)), failure(location) {
+    GstPtr<GstCaps> const wanted = WantedCaps(formats);
+    GstElement* const bin = pipeline.Get();
+    GstElement* const decoder = AddTo(bin, MakeElement("uridecodebin"));
+    GstElement* const converter = AddTo(bin, MakeElement("videoconvert"));
+    sink = AddTo(bin, MakeElement("appsink"));
+    // Only video is decoded; the other streams of the file stay packed.
+    GstPtr<GstCaps> const exposed(gst_caps_from_string("video/x-raw(ANY)"));
+    g_object_set(decoder, "uri", location.uri.c_str(), "caps", exposed.get(), "expose-all-streams", FALSE, nullptr);
+    g_object_set(sink, "caps", wanted.get(), "sync", FALSE, "max-buffers", QueuedFrames, "enable-last-sample", FALSE,
+                 nullptr);
+    gst_element_link(converter, sink);
+    g_signal_connect(decoder, "pad-added", G_CALLBACK(LinkDecoded), converter);
+    gst_element_set_state(bin, GST_STATE_PLAYING);
+    first = Pull();
+    LearnLength();
+}
+
+void VideoSource::Impl::TakeMessages() {
+    auto const kinds = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_ELEMENT);
+    while (GstPtr<GstMessage> const message = pipeline.TakeMessage(kinds)) failure.Note(message.get());
+}
+
+bool VideoSource::Impl::FramesUnderWay() const {
+    GstPtr<GstPad> const pad(gst_element_get_static_pad(sink, "sink"));
+    return gst_pad_has_current_caps(pad.get()) != FALSE;
+}
+
+std::optional<VideoSource::Frame> VideoSource::Impl::Pull() {
+    int patience = PatienceAfterError;
+    while (!ended) {
+        if (stop && stop()) break;
+        GstPtr<GstSample> const sample(gst_app_sink_try_pull_sample(GST_APP_SINK(sink), PollTime));
+        if (sample) return Wrap(sample.get());
+        if (gst_app_sink_is_eos(GST_APP_SINK(sink)) != FALSE) {
+            AtEnd();
+            break;
+        }
+        TakeMessages();
+        if (failure && (!FramesUnderWay() || --patience == 0)) Fail();
+    }
+    ended = true;
+    return std::nullopt;
+}
+
+void VideoSource::Impl::Fail() const {
+    std::uint64_t const missing = location.file ? CountMissingBytes(*location.file) : 0;
+    throw Error(failure.Describe(frames, missing));
+}
+
+void VideoSource::Impl::AtEnd() {
+    ended = true;
+    TakeMessages();
+    if (failure) Fail();
+    std::uint64_t const missing = location.file ? CountMissingBytes(*location.file) : 0;
+    if (missing != 0) throw Error(DescribeCutShort(location.name, frames, missing));
+    if (frames == 0) throw Error("'" + location.name + "' holds no video frames");
+}
+
+VideoSource::Frame VideoSource::Impl::Wrap(GstSample* sample) {
+    GstCaps* const current = gst_sample_get_caps(sample);
+    if (current != caps.get()) {
+        if (current == nullptr || gst_video_info_from_caps(&info, current) == FALSE) {
+            throw Error("'" + location.name + "' gives frames without a description");
+        }
+        caps.reset(gst_caps_ref(current));
+    }
+    Frame frame = WrapBuffer(gst_sample_get_buffer(sample), info, TimeOf(sample), media::video::frame::Rotation::None);
+    ++frames;
+    return frame;
+}
+
+media::TimePoint VideoSource::Impl::TimeOf(GstSample* sample) {
+    GstBuffer* const buffer = gst_sample_get_buffer(sample);
+    if (GST_BUFFER_PTS_IS_VALID(buffer)) {
+        // The time since the start of the video, wherever the container lets its clock begin.
+        guint64 const time =
+            gst_segment_to_stream_time(gst_sample_get_segment(sample), GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
+        lastTime = std::chrono::nanoseconds(GST_CLOCK_TIME_IS_VALID(time) ? time : GST_BUFFER_PTS(buffer));
+    } else if (frames != 0 && info.fps_n > 0) {
+        lastTime += std::chrono::nanoseconds(gst_util_uint64_scale_int(GST_SECOND, info.fps_d, info.fps_n));
+    }
+    return media::TimePoint(lastTime);
+}
+
+void VideoSource::Impl::LearnLength() {
+    if (info.fps_n <= 0 || info.fps_d <= 0) return;
+    frameRate = static_cast<double>(info.fps_n) / info.fps_d;
+    gint64 duration = 0;
+    if (gst_element_query_duration(pipeline.Get(), GST_FORMAT_TIME, &duration) == FALSE || duration <= 0) return;
+    auto const count = std::llround(static_cast<double>(duration) / GST_SECOND * frameRate);
+    if (count > 0) expectedFrames = static_cast<std::uint64_t>(count);
+}
+
+VideoSource::VideoSource(Location location, std::vector<media::ColourFormat> const& formats, std::function<bool()> stop)
+    : impl_(std::make_unique<Impl>(std::move(location), formats, std::move(stop))) {}
+
+VideoSource::~VideoSource() = default;
+
+std::optional<VideoSource::Frame> VideoSource::Read() {
+    if (impl_->first) return std::exchange(impl_->first, std::nullopt);
+    return impl_->Pull();
+}
+
+Location const& VideoSource::GetLocation() const noexcept { return impl_->location; }
+std::optional<std::uint64_t> VideoSource::GetExpectedFrames() const noexcept { return impl_->expectedFrames; }
+double VideoSource::GetFrameRate() const noexcept { return impl_->frameRate; }
+
+}  // namespace qel::host
