@@ -41,6 +41,31 @@ GstPtr<GstMessage> Pipeline::WaitForMessage(GstMessageType kinds) const {
     return GstPtr<GstMessage>(gst_bus_timed_pop_filtered(bus_.get(), GST_CLOCK_TIME_NONE, kinds));
 }
 
+bool Pipeline::IsAtWork() const {
+    // A fold visits the elements again when they change meanwhile, so the answer is only ever set.
+    auto const lookAtPad = [](GValue const* item, GValue* atWork, gpointer) -> gboolean {
+        if (gst_pad_get_task_state(GST_PAD(g_value_get_object(item))) == GST_TASK_STARTED) {
+            g_value_set_boolean(atWork, TRUE);
+        }
+        return TRUE;
+    };
+    auto const lookAtElement = [](GValue const* item, GValue* atWork, gpointer inner) -> gboolean {
+        GstIterator* const pads = gst_element_iterate_pads(GST_ELEMENT(g_value_get_object(item)));
+        gst_iterator_fold(pads, *static_cast<GstIteratorFoldFunction*>(inner), atWork, nullptr);
+        gst_iterator_free(pads);
+        return TRUE;
+    };
+    GValue result = G_VALUE_INIT;
+    g_value_init(&result, G_TYPE_BOOLEAN);
+    GstIteratorFoldFunction inner = lookAtPad;
+    GstIterator* const elements = gst_bin_iterate_recurse(GST_BIN(element_.get()));
+    while (gst_iterator_fold(elements, lookAtElement, &result, &inner) == GST_ITERATOR_RESYNC) {
+        gst_iterator_resync(elements);
+    }
+    gst_iterator_free(elements);
+    return g_value_get_boolean(&result) != FALSE;
+}
+
 GstFailure::GstFailure(GstMessage* message) {
     GError* raw = nullptr;
     gst_message_parse_error(message, &raw, nullptr);

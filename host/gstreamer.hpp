@@ -47,6 +47,8 @@ public:
     GstPtr<GstMessage> TakeMessage(GstMessageType kinds) const;
     /// Waits for a message of the given kinds, however long it takes.
     GstPtr<GstMessage> WaitForMessage(GstMessageType kinds) const;
+    /// Whether any of its elements has a thread at work.
+    bool IsAtWork() const;
 
 private:
     GstPtr<GstElement> element_;

@@ -43,8 +43,9 @@ std::string SourceFailure::DescribeUnopened() const {
                "; install it (the base, good, bad, ugly and libav sets hold most)";
     }
     // Raw sound has no decoder whose lack GStreamer could name; it says only that nothing leads to a video.
-    bool const nothingLeads = failures_.front().Is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN);
+    bool const nothingLeads = !failures_.empty() && failures_.front().Is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN);
     if (otherStreams_ || nothingLeads) return "'" + name + "' holds no video stream";
+    if (failures_.empty()) return "cannot read '" + name + "' as a video: nothing in it can be played";
     GstFailure const& failure = failures_.front();
     if (SaysUnknownContent(failure))
         return "'" + name + "' is not a video: its content is of no format known to GStreamer";
@@ -55,8 +56,8 @@ std::string SourceFailure::DescribeUnopened() const {
 std::string SourceFailure::Describe(std::uint64_t frames, std::uint64_t missingBytes) const {
     if (missingBytes != 0) return DescribeCutShort(location_.name, frames, missingBytes);
     if (frames == 0) return DescribeUnopened();
-    return "'" + location_.name + "' is damaged after frame " + std::to_string(frames - 1) + ": " +
-           failures_.front().text;
+    std::string const reason = failures_.empty() ? "nothing more can be played" : failures_.front().text;
+    return "'" + location_.name + "' is damaged after frame " + std::to_string(frames - 1) + ": " + reason;
 }
 
 std::string DescribeCutShort(std::string const& name, std::uint64_t frames, std::uint64_t missingBytes) {

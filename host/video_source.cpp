@@ -18,6 +18,8 @@ constexpr guint QueuedFrames = 4;
 constexpr GstClockTime PollTime = 50 * GST_MSECOND;
 /// How many polls without a frame are waited for, after an error, for frames that were under way when it struck.
 constexpr int PatienceAfterError = 40;
+/// How many polls a file may be read by nobody. Some demuxers give a broken file up without a word.
+constexpr int PatienceWithRest = 20;
 
 GstPtr<GstCaps> WantedCaps(std::vector<media::ColourFormat> const& formats) {
     // GStreamer converts anything into the first; offered a list, it would choose what costs it least instead.
@@ -97,6 +99,7 @@ bool VideoSource::Impl::FramesUnderWay() const {
 
 std::optional<VideoSource::Frame> VideoSource::Impl::Pull() {
     int patience = PatienceAfterError;
+    int rest = PatienceWithRest;
     while (!ended) {
         if (stop && stop()) break;
         GstPtr<GstSample> const sample(gst_app_sink_try_pull_sample(GST_APP_SINK(sink), PollTime));
@@ -107,6 +110,8 @@ std::optional<VideoSource::Frame> VideoSource::Impl::Pull() {
         }
         TakeMessages();
         if (failure && (!FramesUnderWay() || --patience == 0)) Fail();
+        rest = location.file && !pipeline.IsAtWork() ? rest - 1 : PatienceWithRest;
+        if (rest == 0) Fail();
     }
     ended = true;
     return std::nullopt;
