@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "background_model.hpp"
+#include "mask_cleaner.hpp"
+#include "picture_reader.hpp"
+#include "qel/algorithm/bit_mask.hpp"
+#include "qel/algorithm/connected_components.hpp"
+#include "qel/algorithm/video/passthrough/algorithm.hpp"
+#include "qel/configuration/property.hpp"
+
+namespace qel::motion {
+
+/// The dotted name by which the algorithm is chosen.
+inline constexpr char const* TypeName = "qel.algorithm.video.Motion";
+
+/// What a person may tune.
+struct Settings {
+    Parameters model;
+    std::uint32_t opening = 1;
+    std::uint32_t closing = 0;
+    std::uint32_t minimumArea = 400;  ///< pixels
+};
+
+/// Finds what moves in front of a fixed camera: one object, labelled "motion", for each connected region of pixels that
+/// differ from the learned background. The objects' confidence is the share of their pixels that differ strongly.
+///
+/// Frames of another size or kind start the model afresh. Settings may be changed by another thread than the one that
+/// processes frames; a change holds from the next frame on. Everything else is for one thread at a time.
+class Motion final : public algorithm::video::passthrough::Algorithm {
+public:
+    Motion();
+
+    /// Forgets the background: the next frame is taken for it.
+    void Reset() override;
+    void Process(media::video::FrameBase<void const> const& frame, algorithm::video::Result& result) override;
+
+    Settings GetSettings() const;
+    /// change: called with the settings, under their lock.
+    template <class Change>
+    void ChangeSettings(Change change) {
+        std::lock_guard<std::mutex> const lock(settingsMutex_);
+        change(settings_);
+    }
+
+private:
+    float Confidence(algorithm::ConnectedComponents::Blob const& blob) const;
+
+    mutable std::mutex settingsMutex_;
+    Settings settings_;
+    PictureReader reader_;
+    BackgroundModel model_;
+    MaskCleaner cleaner_;
+    algorithm::ConnectedComponents labeller_;
+    algorithm::BitMask foreground_;
+    algorithm::BitMask strong_;
+    std::vector<algorithm::ConnectedComponents::Blob> blobs_;
+};
+
+/// The properties of the algorithm: names, what they do, ranges, defaults.
+std::vector<configuration::Property> const& Properties();
+
+}  // namespace qel::motion

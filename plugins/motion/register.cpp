@@ -1,0 +1,17 @@
+#include "qel/algorithm/video/registry/register.hpp"
+
+#include <memory>
+
+#include "motion.hpp"
+#include "qel/algorithm/video/registry/property.hpp"
+
+namespace qel::motion {
+namespace {
+
+// Runs when the plug-in is loaded.
+[[maybe_unused]] bool const Registered = algorithm::video::registry::Register(
+    {hash::MurmurThree32(TypeName), TypeName, [](inference::backend::Manager&) { return std::make_shared<Motion>(); },
+     Properties, algorithm::video::registry::CreateNodes(Properties)});
+
+}  // namespace
+}  // namespace qel::motion
