@@ -111,6 +111,8 @@ std::string FindNearest(std::string_view name, std::vector<std::string> const& k
     return nearest;
 }
 
+bool EqualIgnoringCase(std::string_view left, std::string_view right) { return ToLower(left) == ToLower(right); }
+
 std::string Join(std::vector<std::string> const& names) {
     std::string text;
     for (std::string const& name : names) text += (text.empty() ? "" : ", ") + name;

@@ -21,6 +21,9 @@ std::string FormatNumber(double value, int decimals);
 /// the given one, capitals not told apart; the first of several, empty without any.
 std::string FindNearest(std::string_view name, std::vector<std::string> const& known);
 
+/// Whether two texts are the same, capitals of ASCII letters not told apart.
+bool EqualIgnoringCase(std::string_view left, std::string_view right);
+
 /// The names as one text, separated by a comma and a blank.
 std::string Join(std::vector<std::string> const& names);
 

@@ -63,6 +63,7 @@ struct VideoSource::Impl {
     std::uint64_t frames = 0;
     bool ended = false;
     std::optional<Frame> first;
+    geometry::Dimension<unsigned int, 2> firstSize;
     std::optional<std::uint64_t> expectedFrames;
     double frameRate = 0;
 };
@@ -84,6 +85,7 @@ VideoSource::Impl::Impl(Location place, std::vector<media::ColourFormat> const& 
     g_signal_connect(decoder, "pad-added", G_CALLBACK(LinkDecoded), converter);
     gst_element_set_state(bin, GST_STATE_PLAYING);
     first = Pull();
+    if (first) firstSize = first->GetSize();
     LearnLength();
 }
 
@@ -177,6 +179,7 @@ std::optional<VideoSource::Frame> VideoSource::Read() {
 }
 
 Location const& VideoSource::GetLocation() const noexcept { return impl_->location; }
+geometry::Dimension<unsigned int, 2> VideoSource::GetFrameSize() const noexcept { return impl_->firstSize; }
 std::optional<std::uint64_t> VideoSource::GetExpectedFrames() const noexcept { return impl_->expectedFrames; }
 double VideoSource::GetFrameRate() const noexcept { return impl_->frameRate; }
 

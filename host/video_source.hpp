@@ -35,6 +35,8 @@ public:
     std::optional<Frame> Read();
 
     Location const& GetLocation() const noexcept;
+    /// The size of the first frame; 0 x 0 when stop left none.
+    geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept;
     /// The number of frames that the file's headers promise; nothing for a stream without an end.
     std::optional<std::uint64_t> GetExpectedFrames() const noexcept;
     /// Frames per second as the video declares them; 0 when it does not.

@@ -1,0 +1,76 @@
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "catalogue.hpp"
+#include "command.hpp"
+#include "error.hpp"
+#include "qel/logging/configure.hpp"
+
+namespace qel::app {
+namespace {
+
+void ConfigureLogging() {
+    char const* const rules = std::getenv("QEL_LOG");
+    if (rules == nullptr) return;
+    try {
+        logging::Configure(rules);
+    } catch (std::exception const& error) {
+        throw host::UsageError(std::string("the environment variable QEL_LOG is wrong: ") + error.what());
+    }
+}
+
+int ReportUsage(CLI::App const& program, CLI::ParseError const& error) {
+    if (error.get_exit_code() == 0) return program.exit(error);  // --help, --version
+    Say(std::string(error.what()) + " (see qel --help)");
+    return exit_code::Usage;
+}
+
+int Main(int argc, char** argv) {
+    CLI::App program("Finds and measures what moves in videos.", "qel");
+    program.set_version_flag("--version", "qel " QEL_VERSION);
+    program.require_subcommand(1);
+    program.footer(
+        "Examples:\n"
+        "  qel run street.avi --output street.jsonl --annotate street.mp4\n"
+        "  qel algorithms\n\n"
+        "Exit codes: 0 done, 1 failed, 2 wrong use, 130 interrupted. QEL_LOG sets what is logged, such as "
+        "QEL_LOG=debug.");
+    auto const run = AddRunCommand(program);
+    auto const algorithms = AddAlgorithmsCommand(program);
+    try {
+        program.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        return ReportUsage(program, error);
+    }
+    ConfigureLogging();
+    return program.got_subcommand("run") ? run() : algorithms();
+}
+
+}  // namespace
+
+void LoadPluginsOrWarn() {
+    for (std::string const& problem : host::LoadPlugins()) Say("warning: " + problem);
+}
+
+void Say(std::string const& line) { std::fprintf(stderr, "qel: %s\n", line.c_str()); }
+
+}  // namespace qel::app
+
+int main(int argc, char** argv) {
+    using namespace qel;
+    // A reader that goes away is told of as a failed write, like a full disk.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return app::Main(argc, argv);
+    } catch (host::UsageError const& error) {
+        app::Say(error.what());
+        return app::exit_code::Usage;
+    } catch (std::exception const& error) {
+        app::Say(error.what());
+        return app::exit_code::Failure;
+    }
+}

@@ -1,0 +1,154 @@
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "annotation_sink.hpp"
+#include "catalogue.hpp"
+#include "command.hpp"
+#include "configured_algorithm.hpp"
+#include "error.hpp"
+#include "interrupt.hpp"
+#include "json_lines_sink.hpp"
+#include "progress.hpp"
+#include "run.hpp"
+#include "snapshot_sink.hpp"
+
+namespace qel::app {
+namespace {
+
+struct Options {
+    std::string video;
+    std::string algorithm = "motion";
+    std::vector<std::string> settings;
+    std::string output = "-";
+    std::string annotate;
+    std::string snapshot;
+    std::optional<std::uint64_t> maxFrames;
+    bool quiet = false;
+};
+
+void AddOptions(CLI::App& command, Options& options) {
+    command.add_option("VIDEO", options.video, "The video: a file, or a URI that GStreamer opens (rtsp://...)")
+        ->required();
+    command
+        .add_option("-a,--algorithm", options.algorithm,
+                    "Which algorithm to run: its type name, or the last part of it")
+        ->capture_default_str();
+    command.add_option("-s,--set", options.settings, "Sets a property of the algorithm; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->take_all()
+        ->expected(1)
+        ->allow_extra_args(false);
+    command
+        .add_option("-o,--output", options.output,
+                    "Where the results go, a line of JSON a frame; - is the standard output")
+        ->type_name("FILE")
+        ->capture_default_str();
+    command.add_option("--annotate", options.annotate, "Writes the video with the objects drawn on it (MP4, H.264)")
+        ->type_name("FILE.mp4");
+    command
+        .add_option("--snapshot", options.snapshot,
+                    "Draws a sheet of up to nine annotated frames from all over the run")
+        ->type_name("FILE.png");
+    command.add_option("-n,--max-frames", options.maxFrames, "Stops after so many frames")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    command.add_flag("-q,--quiet", options.quiet, "No progress bar and no summary");
+    command.footer(
+        "Examples:\n"
+        "  qel run street.avi > street.jsonl\n"
+        "  qel run street.avi --output street.jsonl --annotate street.mp4 --snapshot street.png\n"
+        "  qel run rtsp://camera/stream --set threshold=4 --max-frames 1000\n\n"
+        "Properties are listed by: qel algorithms");
+}
+
+/// An output must be neither the video itself nor another output: opening it empties it.
+void CheckOutputs(Options const& options, host::Location const& location) {
+    std::vector<std::string> taken;
+    if (location.file) taken.push_back(*location.file);
+    for (std::string const& path :
+         {options.output == "-" ? std::string() : options.output, options.annotate, options.snapshot}) {
+        if (path.empty()) continue;
+        for (std::string const& other : taken) {
+            std::error_code ignored;
+            bool const regular = std::filesystem::is_regular_file(path, ignored);
+            bool const same = path == other || (regular && std::filesystem::equivalent(path, other, ignored));
+            if (!same) continue;
+            if (location.file && other == *location.file) {
+                throw host::UsageError("'" + path + "' is the video itself; write the results to another file");
+            }
+            throw host::UsageError("'" + path + "' is named for two outputs");
+        }
+        taken.push_back(path);
+    }
+}
+
+std::vector<std::unique_ptr<host::FrameSink>> MakeSinks(Options const& options, host::VideoSource const& source) {
+    std::vector<std::unique_ptr<host::FrameSink>> sinks;
+    sinks.push_back(std::make_unique<host::JsonLinesSink>(options.output, source.GetLocation().name));
+    if (!options.annotate.empty()) {
+        sinks.push_back(
+            std::make_unique<host::AnnotationSink>(options.annotate, source.GetFrameSize(), source.GetFrameRate()));
+    }
+    if (!options.snapshot.empty()) sinks.push_back(std::make_unique<host::SnapshotSink>(options.snapshot));
+    return sinks;
+}
+
+std::optional<std::uint64_t> ExpectedFrames(Options const& options, host::VideoSource const& source) {
+    auto const expected = source.GetExpectedFrames();
+    if (!options.maxFrames) return expected;
+    return expected ? std::min(*expected, *options.maxFrames) : options.maxFrames;
+}
+
+int ReportInterruption(host::RunReport const& report, host::VideoSource const& source, int signal) {
+    auto const expected = source.GetExpectedFrames();
+    Say("interrupted after " + std::to_string(report.frames) +
+        (expected ? " of " + std::to_string(*expected) : std::string()) + " frames; what was written is complete");
+    return 128 + signal;
+}
+
+int Run(Options const& options) {
+    LoadPluginsOrWarn();
+    host::Interrupt const interrupt;
+    host::ConfiguredAlgorithm algorithm(host::FindAlgorithm(options.algorithm), [&] {
+        std::vector<host::Setting> settings;
+        for (std::string const& text : options.settings) settings.push_back(host::ParseSetting(text));
+        return settings;
+    }());
+    host::Location const location = host::Locate(options.video);
+    CheckOutputs(options, location);
+    host::VideoSource source(location, algorithm.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; });
+
+    host::RunReport report;
+    {
+        host::Progress progress(ExpectedFrames(options, source), !options.quiet);
+        host::RunPlan plan{
+            .source = source,
+            .analyse = [&](auto const& frame, auto& result) { return algorithm.Process(frame, result); },
+            .sinks = interrupt.GetSignal() == 0 ? MakeSinks(options, source)
+                                                : std::vector<std::unique_ptr<host::FrameSink>>(),
+            .maxFrames = options.maxFrames,
+            .progress = [&](std::uint64_t frames) { progress.Update(frames); },
+        };
+        report = host::Run(plan);
+    }
+    if (!options.quiet) std::fputs(host::Summarise(report, location.name).c_str(), stderr);
+    if (report.error) std::rethrow_exception(report.error);
+    if (int const signal = interrupt.GetSignal(); signal != 0) return ReportInterruption(report, source, signal);
+    return exit_code::Success;
+}
+
+}  // namespace
+
+std::function<int()> AddRunCommand(CLI::App& program) {
+    CLI::App* const command = program.add_subcommand("run", "Runs an algorithm on a video and writes what it finds");
+    auto const options = std::make_shared<Options>();
+    AddOptions(*command, *options);
+    return [options] { return Run(*options); };
+}
+
+}  // namespace qel::app
