@@ -38,9 +38,7 @@ Properties& Properties::operator=(Properties other) noexcept {
 
 Properties::~Properties() = default;
 
-Properties::operator bool() const noexcept {
-    return impl_ && impl_->algorithm && static_cast<bool>(impl_->properties);
-}
+Properties::operator bool() const noexcept { return impl_ && impl_->algorithm && static_cast<bool>(impl_->properties); }
 
 bool Properties::operator==(Properties const& other) const {
     if (impl_ == other.impl_) return true;
