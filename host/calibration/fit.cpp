@@ -40,14 +40,16 @@ std::unique_ptr<ceres::LossFunction> MakeLoss(Robustness robustness) {
     return std::make_unique<ceres::TukeyLoss>(StrictScale);
 }
 
-ceres::Solver::Options MakeOptions() {
+ceres::Solver::Options MakeOptions(Robustness robustness) {
+    // The patient fit only has to come near.
+    bool const isPatient = robustness == Robustness::Patient;
     ceres::Solver::Options options;
     options.linear_solver_type = ceres::DENSE_QR;
     options.logging_type = ceres::SILENT;
     options.num_threads = 1;
-    options.max_num_iterations = 60;
-    options.function_tolerance = 1e-12;
-    options.parameter_tolerance = 1e-10;
+    options.max_num_iterations = isPatient ? 30 : 60;
+    options.function_tolerance = isPatient ? 1e-5 : 1e-12;
+    options.parameter_tolerance = isPatient ? 1e-5 : 1e-10;
     return options;
 }
 
@@ -76,7 +78,7 @@ bool SolveHeld(Problem const& problem, std::array<double, ParameterCount>& value
         }
     }
     ceres::Solver::Summary summary;
-    ceres::Solve(MakeOptions(), &equations, &summary);
+    ceres::Solve(MakeOptions(robustness), &equations, &summary);
     return summary.IsSolutionUsable();
 }
 
@@ -107,8 +109,7 @@ double GetChange(std::array<double, ParameterCount> const& a, std::array<double,
 std::optional<Fit> FitMounting(Problem const& problem, Mounting<double> const& start, Robustness robustness,
                                std::optional<std::size_t> without) {
     auto values = ToArray(start);
-    // The patient fit only has to come near.
-    int const rounds = robustness == Robustness::Patient ? 4 : 12;
+    int const rounds = robustness == Robustness::Patient ? 3 : 12;
     for (int round = 0; round < rounds; ++round) {
         auto const before = values;
         if (!SolveHeld(problem, values, robustness, without)) return std::nullopt;

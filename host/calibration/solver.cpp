@@ -20,7 +20,7 @@ namespace {
 
 using Kind = Finding::Kind;
 
-constexpr std::size_t StartCount = 10;
+constexpr std::size_t StartCount = 8;
 /// Standard errors from which on a reference looks wrong beside all the others.
 constexpr double WrongFrom = 3.5;
 
