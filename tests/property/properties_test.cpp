@@ -128,7 +128,7 @@ TEST(Properties, MovingTakesThePropertiesAndLeavesTheSourceEmpty) {
 TEST(Properties, SwapExchangesEverything) {
     Properties left(Untyped(std::make_shared<Tank>()), {LevelSchema()});
     Properties right(nullptr, {ModeSchema()});
-    swap(left, right);
+    property::swap(left, right);
     EXPECT_FALSE(left);
     EXPECT_TRUE(right);
     EXPECT_EQ(left.GetAll().size(), 1U);

@@ -190,7 +190,7 @@ TEST(VideoAlgorithm, MoveAssignmentToItselfChangesNothing) {
 TEST(VideoAlgorithm, SwapExchangesEverything) {
     Algorithm left = MakeOffline();
     Algorithm right(MurmurThree32("other"), Type::Inplace, {ColourFormat::Bgr24});
-    swap(left, right);
+    video::swap(left, right);
     EXPECT_EQ(left, Algorithm(MurmurThree32("other"), Type::Inplace, {ColourFormat::Bgr24}));
     EXPECT_FALSE(left.GetOfflineModeEnabled());
     EXPECT_EQ(right, Make());

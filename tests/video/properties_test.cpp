@@ -213,7 +213,7 @@ TEST(VideoProperties, SwapExchangesEverything) {
     auto const dimmer = std::make_shared<Dimmer>();
     Properties left = Make(dimmer);
     Properties right = Make(nullptr);
-    swap(left, right);
+    video::swap(left, right);
     EXPECT_FALSE(left);
     EXPECT_EQ(right.GetAlgorithmPtr(), dimmer);
 }

@@ -75,6 +75,8 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+void swap(Algorithm& left, Algorithm& right) noexcept;
+
 template <>
 QEL_ALGORITHM_EXPORT bool Algorithm::Is<inplace::Algorithm>() const noexcept;
 template <>

@@ -47,4 +47,6 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+void swap(Properties& left, Properties& right) noexcept;
+
 }  // namespace qel::property
