@@ -34,10 +34,12 @@ public:
         if (more > records_.size() - count_) records_.resize(std::max(count_ + more, 2 * records_.size()));
     }
 
-    /// Starts a record without pixels at its first one; returns its number. Requires room; not checked.
-    std::uint32_t Start(std::uint32_t x, std::uint32_t y) noexcept {
-        std::uint32_t const label = static_cast<std::uint32_t>(count_++);
+    /// Starts a record without pixels at its first one and returns its number; when it is not kept, the next call
+    /// starts the same one again. Requires room; not checked.
+    std::uint32_t Start(std::uint32_t x, std::uint32_t y, bool keep) noexcept {
+        std::uint32_t const label = static_cast<std::uint32_t>(count_);
         records_[label] = {0, x, x, y, x, y, label};
+        count_ += keep ? 1 : 0;
         return label;
     }
 

@@ -55,7 +55,8 @@ private:
 
 void ConnectedComponents::Impl::InitialiseConcom(std::size_t width) {
     if (edges_ && width <= width_) return;
-    // Never more segments than pixels, and a guard. Not zeroed: a row writes what the next one reads.
+    // Never more edges or segments than pixels, but for slack and guard. Not zeroed: a row writes what the next one
+    // reads.
     auto edges = std::make_unique_for_overwrite<std::uint32_t[]>(width + concom::EdgeSlack);
     auto previous = std::make_unique_for_overwrite<Segment[]>(width + 1);
     current_ = std::make_unique_for_overwrite<Segment[]>(width + 1);
@@ -77,24 +78,29 @@ void ConnectedComponents::Impl::ConnectRow(std::uint32_t const* edgesEnd, std::u
         std::uint32_t first = edge[0];
         std::uint32_t const end = edge[1];
         while (above->end + CombineBlob <= first) ++above;
+        // Whether anything stands above the first pixel cannot be foreseen: no branch. A record started for nothing
+        // is overwritten by the next.
         bool const fresh = above->first > first + CombineBlob;
-        std::uint32_t label = fresh ? store_.Start(first, y) : above->label;
+        std::uint32_t label = store_.Start(first, y, fresh);
+        label = fresh ? label : above->label;
         Segment const* next = above + (fresh ? 0 : 1);
-        for (; next->first < end + CombineBlob; ++next) {
-            if (next->label == label) continue;
-            std::uint32_t const column = std::max(first, next->first - CombineBlob);
-            if (column > first) {
-                // Counted before the merge: it hands over what has been counted, and nothing later.
-                store_.UpdateBlob(label, first, column, y);
-                *out++ = {first, column, label};
-                first = column;
-            }
-            label = store_.MergeBlobs(label, next->label);
+        if (next->first < end + CombineBlob) {
+            // Further segments come into view; the last of them may reach the next run as well.
+            do {
+                if (next->label == label) continue;
+                std::uint32_t const column = std::max(first, next->first - CombineBlob);
+                if (column > first) {
+                    // Counted before the merge: it hands over what has been counted, and nothing later.
+                    store_.UpdateBlob(label, first, column, y);
+                    *out++ = {first, column, label};
+                    first = column;
+                }
+                label = store_.MergeBlobs(label, next->label);
+            } while ((++next)->first < end + CombineBlob);
+            above = next - 1;
         }
         store_.UpdateBlob(label, first, end, y);
         *out++ = {first, end, label};
-        // The last segment seen may reach the next run as well.
-        if (next != above) above = next - 1;
     }
     *out = Guard;
 }
@@ -111,10 +117,11 @@ std::size_t ConnectedComponents::Impl::Connect(BitMask const& mask, unsigned int
     std::size_t const rows = std::min<std::size_t>(mask.GetSize().height, mask.GetData().size() / stride);
     InitialiseConcom(width);
     Initialise();
+    concom::EdgeScan const scanEdges = concom::GetEdgeScan();
     std::uint32_t const* words = mask.GetData().data();
     for (std::size_t y = 0; y < rows; ++y, words += stride) {
-        std::uint32_t const* const edgesEnd = concom::ScanEdges(words, width, edges_.get());
-        store_.Reserve(static_cast<std::size_t>(edgesEnd - edges_.get()) / 2);
+        std::uint32_t const* const edgesEnd = scanEdges(words, width, edges_.get());
+        store_.Reserve(static_cast<std::size_t>(edgesEnd - edges_.get()) / 2 + 1);
         ConnectRow<CombineBlob>(edgesEnd, static_cast<std::uint32_t>(y));
         previous_.swap(current_);
     }

@@ -26,6 +26,7 @@ private:
     void OpenBlobs(std::size_t count);
 
     unsigned int width_;
+    concom::EdgeScan scanEdges_ = concom::GetEdgeScan();
     // Entry 0 is no run: runs are numbered from 1. Sized so that every other pixel may be one.
     std::vector<BlobStats> current_, previous_;
     std::size_t previousCount_ = 0;
@@ -46,7 +47,7 @@ LineByLineConnectedComponents::Impl::Impl(unsigned int width) : width_(width) {
 
 /// Fills in what a run is by itself; returns the number of runs.
 std::size_t LineByLineConnectedComponents::Impl::ExtractRuns(std::uint32_t const* row) {
-    std::uint32_t const* const end = concom::ScanEdges(row, width_, edges_.get());
+    std::uint32_t const* const end = scanEdges_(row, width_, edges_.get());
     std::uint32_t number = 0;
     for (std::uint32_t const* edge = edges_.get(); edge != end; edge += 2) {
         BlobStats& run = current_[++number];
