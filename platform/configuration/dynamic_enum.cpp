@@ -7,9 +7,7 @@
 
 namespace qel::configuration::node {
 
-using detail::ReadLock;
-using detail::TreeMutex;
-using detail::WriteLock;
+using detail::TreeLock;
 
 DynamicEnum::DynamicEnum(std::string name, std::set<std::string> choices, std::string defaultValue,
                          std::string description, Options options)
@@ -28,13 +26,13 @@ std::shared_ptr<DynamicEnum> DynamicEnum::Make(std::string name, std::set<std::s
 std::string DynamicEnum::Get() const { return detail::ValueOf<std::string>(*GetValue()); }
 
 std::set<std::string> DynamicEnum::GetChoices() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return choices_;
 }
 
 void DynamicEnum::SetChoices(std::set<std::string> choices) {
     ObjectPtr dropped;
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     CheckNotFrozenLocked();
     choices_.swap(choices);
     auto const& staged = GetStagedLocked();

@@ -14,14 +14,18 @@
 
 namespace qel::configuration::node {
 
-using detail::ReadLock;
-using detail::TreeMutex;
-using detail::WriteLock;
+using detail::TreeLock;
 
 namespace {
 
 std::string Join(std::string const& path, std::string_view name) {
     return path.empty() ? std::string(name) : path + '.' + std::string(name);
+}
+
+void CheckType(Node const& node, std::string const& typeName) {
+    if (node.GetTypeName() == typeName) return;
+    throw std::invalid_argument(node.GetPath() + ": the schema describes a '" + typeName + "', the node is a '" +
+                                node.GetTypeName() + "'");
 }
 
 }  // namespace
@@ -35,7 +39,7 @@ std::shared_ptr<Map> Map::Make(std::string name, std::string description, Option
 }
 
 std::shared_ptr<Node> Map::Find(std::string_view path) const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return FindLocked(path);
 }
 
@@ -70,7 +74,7 @@ std::shared_ptr<Node> Map::FindChildLocked(std::string_view name) const {
 }
 
 std::shared_ptr<Node> Map::FindChild(std::string_view name) const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return FindChildLocked(name);
 }
 
@@ -83,10 +87,10 @@ void Map::Insert(std::shared_ptr<Node> child) {
     }
     auto const now = std::chrono::system_clock::now();
     {
-        WriteLock const lock(TreeMutex());
+        TreeLock const lock;
         CheckNotFrozenLocked();
         if (FindChildLocked(name)) throw std::invalid_argument(Join(GetPathLocked(), name) + ": the name is taken");
-        AdoptLocked({std::move(child)});
+        AdoptLocked({child});
         SetTimestampLocked(now);
     }
     FireAll({GetPtr()});
@@ -138,6 +142,7 @@ void Map::Apply(configuration::Schema const& schema) {
         std::string_view const name = path.substr(0, dot);
         auto next = map->FindChild(name);
         if (!next) map->Insert(next = Make(std::string(name), "", schema.GetOptions()));
+        CheckType(*next, type::Name<Map>::Value);
         map = Node::GetPtr<Map>(next);
     }
     map->ApplyHere(schema, std::string(path));
@@ -149,10 +154,7 @@ void Map::ApplyHere(configuration::Schema const& schema, std::string const& name
                                              : Vector::Make(name.substr(0, bracket), "", schema.GetOptions(), schema);
     auto const present = FindChild(node->GetName());
     if (!present) return Insert(std::move(node));
-    if (present->GetTypeId() != node->GetTypeId()) {
-        throw std::invalid_argument(present->GetPath() + ": the schema describes a '" + node->GetTypeName() +
-                                    "', the node is a '" + present->GetTypeName() + "'");
-    }
+    CheckType(*present, node->GetTypeName());
 }
 
 void Map::ReadData(cereal::JSONInputArchive& archive, Plan& plan) {

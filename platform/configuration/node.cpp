@@ -14,9 +14,7 @@
 
 namespace qel::configuration {
 
-using detail::ReadLock;
-using detail::TreeMutex;
-using detail::WriteLock;
+using detail::TreeLock;
 
 Node::Node(char const* typeName, std::string name, std::string description, node::Options options, Timestamp timestamp)
     : Object(typeName),
@@ -30,32 +28,32 @@ Node::Node(char const* typeName, std::string name, std::string description, node
 // members of Node itself, which are still there.
 Node::~Node() {
     if (children_.empty()) return;
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     for (auto const& child : children_) child->parent_ = nullptr;
 }
 
 Node::Timestamp Node::GetTimestamp() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return timestamp_;
 }
 
 std::shared_ptr<Node> Node::GetParent() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return parent_ ? parent_->weak_from_this().lock() : nullptr;
 }
 
 std::string Node::GetPath(std::shared_ptr<Node const> const& root) const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return GetPathLocked(root.get());
 }
 
 Node::Nodes Node::GetChildren() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return children_;
 }
 
 bool Node::IsFrozen() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return frozen_;
 }
 
@@ -105,7 +103,7 @@ void Node::Commit() {
     // Declared before the lock: what goes is destroyed without it.
     std::vector<ObjectPtr> released;
     auto const now = std::chrono::system_clock::now();
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     CommitTreeLocked(now, released);
 }
 
@@ -124,7 +122,7 @@ void Node::CommitTreeLocked(Timestamp now, std::vector<ObjectPtr>& released) {
 
 void Node::Discard() {
     std::vector<ObjectPtr> released;
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     DiscardTreeLocked(released);
 }
 
@@ -135,7 +133,7 @@ void Node::DiscardTreeLocked(std::vector<ObjectPtr>& released) {
 
 void Node::Freeze(node::Freeze mode) {
     std::vector<ObjectPtr> released;
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     FreezeTreeLocked(mode == node::Freeze::Frozen, released);
 }
 
@@ -152,7 +150,7 @@ void Node::CheckNotFrozenLocked() const {
 void Node::Fire() {
     Nodes nodes;
     {
-        WriteLock const lock(TreeMutex());
+        TreeLock const lock;
         pending_ = false;
         for (auto const& child : children_) child->TakePendingLocked(nodes);
     }
@@ -198,7 +196,7 @@ void Node::StageData(cereal::JSONInputArchive& archive, std::vector<std::shared_
     Plan plan;
     ReadData(archive, plan);
     changed.reserve(changed.size() + plan.size());
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     for (auto const& [node, value] : plan) node->CheckLocked(*value);
     for (auto& [node, value] : plan) {
         if (!node->staged_ && node->IsCurrentLocked(*value)) continue;
@@ -211,7 +209,7 @@ void Node::CheckReadable() const {
     if (IsOn(node::Option::ReadOnly)) {
         throw std::logic_error(GetPath() + ": the configuration value is dil read only");
     }
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     CheckNotFrozenLocked();
 }
 

@@ -1,11 +1,21 @@
 #include "tree_lock.hpp"
 
+#include <mutex>
+
 namespace qel::configuration::detail {
 
-std::shared_mutex& TreeMutex() noexcept {
+namespace {
+
+std::mutex& Mutex() noexcept {
     // Never destroyed: trees in static objects may go after everything of this file.
-    static auto* const mutex = new std::shared_mutex;
+    static auto* const mutex = new std::mutex;
     return *mutex;
 }
+
+}  // namespace
+
+TreeLock::TreeLock() { Mutex().lock(); }
+
+TreeLock::~TreeLock() { Mutex().unlock(); }
 
 }  // namespace qel::configuration::detail

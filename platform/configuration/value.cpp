@@ -7,9 +7,7 @@
 
 namespace qel::configuration::node {
 
-using detail::ReadLock;
-using detail::TreeMutex;
-using detail::WriteLock;
+using detail::TreeLock;
 
 Value::Value(char const* typeName, std::string name, std::string description, Options options, ObjectPtr defaultValue,
              std::shared_ptr<Validator const> validator)
@@ -19,29 +17,29 @@ Value::Value(char const* typeName, std::string name, std::string description, Op
       validator_(std::move(validator)) {}
 
 std::shared_ptr<object::Object const> Value::GetValue() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return value_;
 }
 
 std::shared_ptr<object::Object const> Value::GetDefault() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return default_;
 }
 
 std::shared_ptr<object::Object const> Value::GetStaged() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return GetStagedLocked();
 }
 
 std::shared_ptr<Validator const> Value::GetValidator() const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return validator_;
 }
 
 void Value::Stage(object::Object const& value) { StageObject(Convert(value)); }
 
 void Value::StageObject(ObjectPtr value) {
-    WriteLock const lock(TreeMutex());
+    TreeLock const lock;
     CheckLocked(*value);
     StageLocked(value);
 }
@@ -59,7 +57,7 @@ void Value::SetAll(Batch batch) {
     changed.reserve(batch.size());
     auto const now = std::chrono::system_clock::now();
     {
-        WriteLock const lock(TreeMutex());
+        TreeLock const lock;
         for (auto const& [node, value] : batch) node->CheckLocked(*value);
         for (auto& [node, value] : batch) {
             ObjectPtr none;
@@ -79,7 +77,7 @@ void Value::Copy(Value const& other) {
     bool changed = false;
     auto const now = std::chrono::system_clock::now();
     {
-        WriteLock const lock(TreeMutex());
+        TreeLock const lock;
         CheckNotFrozenLocked();
         changed = !IsEqualLocked(other);
         CopyLocked(other);
@@ -97,7 +95,7 @@ void Value::CopyLocked(Value const& other) {
 }
 
 bool Value::EqualTo(Value const& other) const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return IsEqualLocked(other);
 }
 
@@ -118,7 +116,7 @@ void Value::ReadData(cereal::JSONInputArchive& archive, Plan& plan) {
     std::string const path = GetPath();
     ObjectPtr value = Read(archive, path);
     {
-        ReadLock const lock(TreeMutex());
+        TreeLock const lock;
         CheckAllowedLocked(*value, path);
     }
     plan.emplace_back(GetPtr(), std::move(value));

@@ -10,9 +10,7 @@
 
 namespace qel::configuration::node {
 
-using detail::ReadLock;
-using detail::TreeMutex;
-using detail::WriteLock;
+using detail::TreeLock;
 
 // A whole list of elements as a value that can be staged.
 class Vector::Elements : public object::Object {
@@ -39,7 +37,7 @@ std::size_t Vector::GetSize() const { return GetChildren().size(); }
 std::vector<std::shared_ptr<Node>> Vector::GetElements() const { return GetChildren(); }
 
 std::shared_ptr<Node> Vector::Find(std::size_t index) const {
-    ReadLock const lock(TreeMutex());
+    TreeLock const lock;
     return FindLocked(index);
 }
 
@@ -53,7 +51,7 @@ std::shared_ptr<Node> Vector::MakeElement(std::string name, object::Object const
     if (!prototype_) return schema_.Make(std::move(name), value);
     ObjectPtr const converted = prototype_->Convert(value);
     {
-        ReadLock const lock(TreeMutex());
+        TreeLock const lock;
         prototype_->CheckAllowedLocked(*converted, path);
     }
     return schema_.Make(std::move(name), *converted);
@@ -70,7 +68,7 @@ void Vector::Add(std::vector<Change> changes) {
     }
     auto const now = std::chrono::system_clock::now();
     {
-        WriteLock const lock(TreeMutex());
+        TreeLock const lock;
         CheckNotFrozenLocked();
         AdoptLocked(elements);
         SetTimestampLocked(now);

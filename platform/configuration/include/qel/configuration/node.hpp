@@ -135,7 +135,7 @@ protected:
     /// Writes the children that may be seen, under their names or as elements.
     void WriteChildren(cereal::JSONOutputArchive& archive, Which which) const;
 
-    // The lock of the tree is held by the caller of what ends in Locked: shared is enough for const operations.
+    // The lock of the trees is held by the caller of what ends in Locked.
     Nodes const& GetChildrenLocked() const noexcept { return children_; }
     std::string GetPathLocked(Node const* root = nullptr) const;
     void CheckNotFrozenLocked() const;
@@ -172,7 +172,7 @@ private:
     std::string const name_;
     std::string const description_;
     node::Options const options_;
-    // Guarded by the lock of the tree:
+    // Guarded by the lock of the trees:
     Timestamp timestamp_;
     // Cleared by the destructor of the parent.
     Node* parent_ = nullptr;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -24,16 +25,19 @@ struct Property {
 
 namespace detail {
 
-// The object behind an untyped pointer to its base class.
-template <class Class, class Base>
-Class& Downcast(void* object) {
-    return static_cast<Class&>(*static_cast<Base*>(object));
-}
+// The type of value that a default gives: texts may be given as literals.
+template <class Default>
+using PropertyValue = std::conditional_t<std::convertible_to<Default, std::string>, std::string, Default>;
+
+// What applies a value of type T to a Class&: a member function, or any callable.
+template <class Member, class Class, class T>
+concept SetterOf = object::PrimitiveValue<T> && std::invocable<Member const&, Class&, T>;
 
 template <class Class, class Base, class NodeType, class Member>
 std::function<void(void*, object::Object const&)> MakeSetter(Member member) {
+    static_assert(std::derived_from<Class, Base>, "The setter's pointer is to a base class of the class it sets");
     return [member = std::move(member)](void* object, object::Object const& node) {
-        std::invoke(member, Downcast<Class, Base>(object), node.As<NodeType>().Get());
+        std::invoke(member, static_cast<Class&>(*static_cast<Base*>(object)), node.As<NodeType>().Get());
     };
 }
 
@@ -45,29 +49,31 @@ std::function<void(void*, object::Object const&)> MakeSetter(Member member) {
 ///
 /// Base: the class that the untyped pointer of the setter points to, from which Class derives (not virtually); the two
 /// need not share their address. The setter throws object::BadCast for a node of another type.
-template <class Class, class Base = Class, object::PrimitiveValue T, class Member>
-requires std::derived_from<Class, Base> && std::invocable<Member const&, Class&, T> Property
-MakeProperty(std::string name, std::string description, T defaultValue, Validator validator, Member member,
-             node::Options options = {}) {
+template <class Class, class Base = Class, class Default,
+          detail::SetterOf<Class, detail::PropertyValue<Default>> Member>
+Property MakeProperty(std::string name, std::string description, Default defaultValue, Validator validator,
+                      Member member, node::Options options = {}) {
+    using NodeType = node::Primitive<detail::PropertyValue<Default>>;
     Schema schema(name, std::move(description), std::move(defaultValue), options, std::move(validator));
-    return {std::move(name), {std::move(schema)}, detail::MakeSetter<Class, Base, node::Primitive<T>>(member)};
+    return {std::move(name), {std::move(schema)}, detail::MakeSetter<Class, Base, NodeType>(std::move(member))};
 }
 
 /// The same without limits.
-template <class Class, class Base = Class, object::PrimitiveValue T, class Member>
-requires std::derived_from<Class, Base> && std::invocable<Member const&, Class&, T> Property
-MakeProperty(std::string name, std::string description, T defaultValue, Member member, node::Options options = {}) {
+template <class Class, class Base = Class, class Default,
+          detail::SetterOf<Class, detail::PropertyValue<Default>> Member>
+Property MakeProperty(std::string name, std::string description, Default defaultValue, Member member,
+                      node::Options options = {}) {
     return MakeProperty<Class, Base>(std::move(name), std::move(description), std::move(defaultValue), Validator(),
                                      std::move(member), options);
 }
 
 /// A property of Class that is one of a set of choices; the member function takes the text.
-template <class Class, class Base = Class, class Member>
-requires std::derived_from<Class, Base> && std::invocable<Member const&, Class&, std::string> Property
-MakeProperty(std::string name, std::string description, std::string defaultValue, std::set<std::string> choices,
-             Member member, node::Options options = {}) {
+template <class Class, class Base = Class, detail::SetterOf<Class, std::string> Member>
+Property MakeProperty(std::string name, std::string description, std::string defaultValue,
+                      std::set<std::string> choices, Member member, node::Options options = {}) {
+    using NodeType = node::DynamicEnum;
     Schema schema(name, std::move(description), std::move(defaultValue), options, std::move(choices));
-    return {std::move(name), {std::move(schema)}, detail::MakeSetter<Class, Base, node::DynamicEnum>(member)};
+    return {std::move(name), {std::move(schema)}, detail::MakeSetter<Class, Base, NodeType>(std::move(member))};
 }
 
 }  // namespace qel::configuration

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <type_traits>
+
 namespace qel::configuration {
 
 /// The numbers from minimum to maximum, both inclusive.
 template <class T>
 struct Range {
+    static_assert(std::is_arithmetic_v<T>);
+
     T minimum;
     T maximum;
 };

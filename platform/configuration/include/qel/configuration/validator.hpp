@@ -22,8 +22,7 @@ public:
     /// Allows a range of numbers; throws std::invalid_argument when the minimum is above the maximum or one is no
     /// number.
     template <class T>
-    requires std::is_arithmetic_v<T> Validator(Range<T> range)
-        : Validator(Bound(range.minimum), Bound(range.maximum)) {}
+    Validator(Range<T> range) : Validator(Bound(range.minimum), Bound(range.maximum)) {}
 
     static Validator Minimum(long double minimum) { return {Bound(minimum), Bound()}; }
     static Validator Maximum(long double maximum) { return {Bound(), Bound(maximum)}; }

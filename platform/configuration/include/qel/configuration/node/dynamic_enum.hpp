@@ -42,7 +42,7 @@ private:
     bool IsSame(object::Object const& left, object::Object const& right) const override;
     void CheckAllowedLocked(object::Object const& value, std::string const& path) const override;
 
-    // Guarded by the lock of the tree.
+    // Guarded by the lock of the trees.
     std::set<std::string> choices_;
 };
 

@@ -73,7 +73,7 @@ private:
     /// Sets converted values: all of them, or none when one is refused.
     static void SetAll(Batch batch);
 
-    // Guarded by the lock of the tree.
+    // Guarded by the lock of the trees.
     ObjectPtr value_;
     ObjectPtr default_;
     std::shared_ptr<Validator const> validator_;
