@@ -196,12 +196,14 @@ void Node::StageData(cereal::JSONInputArchive& archive, std::vector<std::shared_
     Plan plan;
     ReadData(archive, plan);
     changed.reserve(changed.size() + plan.size());
+    auto const former = static_cast<std::ptrdiff_t>(changed.size());
     TreeLock const lock;
     for (auto const& [node, value] : plan) node->CheckLocked(*value);
     for (auto& [node, value] : plan) {
         if (!node->staged_ && node->IsCurrentLocked(*value)) continue;
         node->StageLocked(value);
-        if (std::find(changed.begin(), changed.end(), node) == changed.end()) changed.push_back(node);
+        // A member that comes twice counts once.
+        if (std::find(changed.begin() + former, changed.end(), node) == changed.end()) changed.push_back(node);
     }
 }
 

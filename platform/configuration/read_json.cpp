@@ -7,6 +7,7 @@
 
 #include <cereal/archives/json.hpp>
 
+#include "number_text.hpp"
 #include "qel/object/parse.hpp"
 
 namespace qel::configuration::detail {
@@ -67,7 +68,7 @@ std::string Describe(cereal::JSONInputArchive& archive) {
     std::int64_t integer{};
     if (TryLoad(archive, integer)) return "the number " + std::to_string(integer);
     double number{};
-    if (TryLoad(archive, number)) return "the number " + std::to_string(number);
+    if (TryLoad(archive, number)) return "the number " + NumberText(number);
     std::string text;
     if (TryLoad(archive, text)) return "the text '" + text + "'";
     std::nullptr_t null{};

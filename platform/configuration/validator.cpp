@@ -1,7 +1,5 @@
 #include "qel/configuration/validator.hpp"
 
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <stdexcept>
@@ -9,7 +7,11 @@
 
 #include <boost/regex.hpp>
 
+#include "number_text.hpp"
+
 namespace qel::configuration {
+
+using detail::NumberText;
 
 // Boost's expressions do not call themselves for each character, and give up on those that would take too long.
 struct Validator::Expression {
@@ -19,36 +21,19 @@ struct Validator::Expression {
 
 namespace {
 
-template <class T>
-std::string Digits(T number) {
-    std::array<char, 64> text{};
-    // Whole numbers of usual size read better without an exponent.
-    bool const isPlain = std::trunc(number) == number && std::abs(number) < static_cast<T>(1e15);
-    auto const result = isPlain
-                            ? std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed)
-                            : std::to_chars(text.data(), text.data() + text.size(), number);
-    return {text.data(), result.ptr};
-}
-
-// The shortest text that stands for the number: as a double, if it is one.
-std::string ToText(long double number) {
-    auto const narrow = static_cast<double>(number);
-    return narrow == number ? Digits(narrow) : Digits(number);
-}
-
 [[noreturn]] void Refuse(std::string const& path, std::string const& value, std::string const& reason) {
     throw std::out_of_range(path + ": the value " + value + " " + reason);
 }
 
 void CheckNumber(long double number, std::string const& path, std::optional<long double> const& minimum,
                  std::optional<long double> const& maximum) {
-    if (!std::isfinite(number)) Refuse(path, std::isnan(number) ? "nan" : "inf", "is not a finite number");
+    if (!std::isfinite(number)) Refuse(path, NumberText(number), "is not a finite number");
     if (!(minimum && number < *minimum) && !(maximum && number > *maximum)) return;
     if (minimum && maximum) {
-        Refuse(path, ToText(number), "is out of the range " + ToText(*minimum) + " to " + ToText(*maximum));
+        Refuse(path, NumberText(number), "is out of the range " + NumberText(*minimum) + " to " + NumberText(*maximum));
     }
-    Refuse(path, ToText(number),
-           minimum ? "is below the minimum " + ToText(*minimum) : "is above the maximum " + ToText(*maximum));
+    Refuse(path, NumberText(number),
+           minimum ? "is below the minimum " + NumberText(*minimum) : "is above the maximum " + NumberText(*maximum));
 }
 
 }  // namespace
@@ -58,8 +43,8 @@ Validator::Validator(Bound minimum, Bound maximum) : minimum_(minimum), maximum_
         throw std::invalid_argument("A limit of a validator must be a number");
     }
     if (minimum && maximum && *minimum > *maximum) {
-        throw std::invalid_argument("The minimum of a validator, " + ToText(*minimum) + ", is above its maximum, " +
-                                    ToText(*maximum));
+        throw std::invalid_argument("The minimum of a validator, " + NumberText(*minimum) + ", is above its maximum, " +
+                                    NumberText(*maximum));
     }
 }
 

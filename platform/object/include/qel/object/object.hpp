@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include "qel/hash/murmur_three_32.hpp"
 #include "qel/object/bad_cast.hpp"
 #include "qel/object/export.hpp"
@@ -22,14 +24,18 @@ public:
     /// Whether this object is a T (or derived from it).
     template <class T>
     bool Is() const noexcept {
-        return dynamic_cast<T const*>(this) != nullptr;
+        if constexpr (std::is_same_v<T, Object>) {
+            return true;
+        } else {
+            return dynamic_cast<T const*>(this) != nullptr;
+        }
     }
 
     /// This object as a T; throws BadCast, which names both types, when it is not one.
     template <class T>
     T const& As() const {
-        if (auto const* const object = dynamic_cast<T const*>(this)) return *object;
-        throw BadCast(typeName_, type::Name<T>::Value);
+        if (!Is<T>()) throw BadCast(typeName_, type::Name<T>::Value);
+        return dynamic_cast<T const&>(*this);
     }
 
 protected:
