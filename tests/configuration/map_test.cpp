@@ -123,6 +123,17 @@ TEST(MapInsert, FreesARefusedSubtree) {
     EXPECT_TRUE(refused.expired());
 }
 
+TEST(MapInsert, FreesARefusedNodeAboveTheMap) {
+    auto const below = Map::Make("below");
+    auto top = Map::Make("top");
+    top->Insert(below);
+    std::weak_ptr<Node> const refused = top;
+    EXPECT_EQ(MessageOf<std::invalid_argument>([&] { below->Insert(std::move(top)); }),
+              "top.below: a node cannot become a child of a node below it");
+    EXPECT_TRUE(refused.expired());
+    EXPECT_EQ(below->GetParent(), nullptr);
+}
+
 TEST(MapInsert, AsksThePredicate) {
     std::shared_ptr<Map> map;
     auto const isValue = [&](Node const& node) {

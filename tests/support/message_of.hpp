@@ -6,7 +6,8 @@
 
 namespace qel::test {
 
-/// What an action throws as an E (or a class derived from it), or a text that says what it did instead. E: not std::exception.
+/// What an action throws as an E (or a class derived from it), or a text that says what it did instead.
+/// E: not std::exception itself.
 template <class E, class Action>
 std::string MessageOf(Action const& action) {
     try {
