@@ -1,6 +1,8 @@
 #include "qel/logging/logger.hpp"
 
 #include <iomanip>
+#include <random>
+#include <regex>
 #include <stdexcept>
 #include <thread>
 
@@ -100,6 +102,29 @@ TEST(Logger, WritesOnePercentSignForTwoAndLeavesOthersAlone) {
     EXPECT_EQ(TextOf("50% of %0%", 5), "50% of 5");
     EXPECT_EQ(TextOf("%a% %-1% %0", 5), "%a% %-1% %0");
     EXPECT_EQ(TextOf("%0%0%", 5), "50%");
+}
+
+/// The same by a regular expression: two percent signs, a placeholder, or any one character at a time.
+std::string FormatSlowly(std::string const& format, std::vector<std::string> const& arguments) {
+    static std::regex const token("%%|%([0-9]+)%|[^]");
+    std::string text;
+    for (std::sregex_iterator match(format.begin(), format.end(), token); match != std::sregex_iterator(); ++match) {
+        std::string const part = match->str();
+        std::string const digits = (*match)[1].str();
+        bool const isFilled = !digits.empty() && std::stoul(digits) < arguments.size();
+        text += part == "%%" ? "%" : isFilled ? arguments[std::stoul(digits)] : part;
+    }
+    return text;
+}
+
+TEST(Logger, FillsInAnyTextAsARegularExpressionWould) {
+    std::mt19937 random(7);
+    constexpr std::string_view Characters = "%%%%0123a";
+    for (int round = 0; round < 3000; ++round) {
+        std::string format;
+        for (auto i = random() % 12; i > 0; --i) format += Characters[random() % Characters.size()];
+        EXPECT_EQ(TextOf(format, "one", 2, "%0%"), FormatSlowly(format, {"one", "2", "%0%"})) << format;
+    }
 }
 
 TEST(Logger, DoesNotReadPlaceholdersInsideArguments) { EXPECT_EQ(TextOf("%0% %1%", "%1% %%", 2), "%1% %% 2"); }

@@ -126,6 +126,31 @@ TYPED_TEST(AllocatedFrame, LaysOutTheRowsOfEachColourFormat) {
     }
 }
 
+TYPED_TEST(AllocatedFrame, PadsEachRowToTheNextMultipleOfFourBytes) {
+    auto const padded = [](std::int64_t bytes) {
+        while (bytes % 4 != 0) ++bytes;
+        return bytes;
+    };
+    for (unsigned int width = 0; width < 40; ++width) {
+        for (unsigned int height = 0; height < 5; ++height) {
+            SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
+            std::int64_t pairs = 0, pairRows = 0;
+            for (unsigned int x = 0; x < width; x += 2) ++pairs;
+            for (unsigned int y = 0; y < height; y += 2) ++pairRows;
+            for (ColourFormat const format : {Grey, Rgb, Bgr, Yuv, Nv12}) {
+                bool const isThreeBytes = format == Rgb || format == Bgr || format == Yuv;
+                auto const frame = this->Make(format, width, height);
+                std::int64_t const stride = padded(isThreeBytes ? 3L * width : width);
+                EXPECT_EQ(frame.GetPlane(0).GetStride(), stride);
+                EXPECT_EQ(frame.GetPlane(0).GetSize(), static_cast<std::uint64_t>(stride * height));
+                std::int64_t const pairStride = format == Nv12 ? padded(2 * pairs) : 0;
+                EXPECT_EQ(frame.GetPlane(1).GetStride(), pairStride);
+                EXPECT_EQ(frame.GetPlane(1).GetSize(), static_cast<std::uint64_t>(pairStride * pairRows));
+            }
+        }
+    }
+}
+
 TYPED_TEST(AllocatedFrame, PlacesThePlanesBackToBackBehindAHeaderOf16BytesInOneAlignedBlock) {
     for (Case const& c : Cases) {
         SCOPED_TRACE(std::to_string(static_cast<int>(c.format)) + ": " + std::to_string(c.width) + " x " +

@@ -21,7 +21,8 @@ public:
     /// inserts the map into "algorithms.info" of the descriptor's root.
     ///
     /// "model_status" is the combined state of all models and fires when that changes; the manager may call on any
-    /// threads, also before Register returns. The descriptor is not kept. Throws object::BadCast for a root that is no
+    /// threads, also before Register returns. The descriptor is not kept. Descriptors of one tree are registered one
+    /// at a time. Throws object::BadCast for a root that is no
     /// map, boost::filesystem::filesystem_error when it cannot be told whether the file exists, cereal::Exception for a
     /// file that cannot be read, and what the configuration tree throws; in each of these cases the algorithm's map is
     /// not inserted, and callbacks that are registered stay so.

@@ -17,8 +17,6 @@ Collector::Collector() noexcept : outer_(std::exchange(innermost, this)) {}
 
 Collector::~Collector() { innermost = outer_; }
 
-Collector* Collector::GetInnermost() noexcept { return innermost; }
-
 bool Report(Problem problem) noexcept {
     if (innermost == nullptr) return false;
     try {

@@ -15,8 +15,6 @@ public:
     Collector& operator=(Collector const&) = delete;
     ~Collector();
 
-    static Collector* GetInnermost() noexcept;
-
     void Add(Problem problem) { problems_.push_back(std::move(problem)); }
     std::vector<Problem>& GetProblems() noexcept { return problems_; }
 
