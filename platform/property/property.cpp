@@ -60,9 +60,9 @@ struct Property::Impl {
     /// Takes over what the node holds, unless the owner was given just that.
     void Follow() {
         std::lock_guard const lock(mutex);
-        if (isApplied && model->EqualTo(*node)) return;
+        if (hasStarted && model->EqualTo(*node)) return;
         Apply(*node->GetValue());
-        isApplied = true;
+        hasStarted = true;
     }
 
     void CheckOwner() const {
@@ -74,7 +74,8 @@ struct Property::Impl {
     std::shared_ptr<Value> const model;
     std::shared_ptr<Value> const node;
     mutable std::mutex mutex;
-    bool isApplied = false;
+    // Whether the owner has the node's first value.
+    bool hasStarted = false;
     // Last, so that no handler runs any more when the others go.
     type::Binding binding;
 };
@@ -120,7 +121,6 @@ void Property::Set(object::Object const& value) {
         impl_->node->Stage(value);
         try {
             impl_->Apply(value);
-            impl_->isApplied = true;
         } catch (...) {
             impl_->node->Discard();
             throw;
@@ -137,7 +137,6 @@ void Property::Publish() {
         std::lock_guard const lock(impl_->mutex);
         value = impl_->Read();
         impl_->model->Set(*value);
-        impl_->isApplied = true;
     }
     impl_->node->Set(*value);
 }

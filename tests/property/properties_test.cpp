@@ -234,6 +234,7 @@ TEST(Properties, OwnerAndNodeAgreeAfterManyThreadsChangedBoth) {
         for (int i = 0; i < Rounds; ++i) EXPECT_LE(level.Get<double>(), 8.0);
     });
     for (std::thread& thread : threads) thread.join();
+    EXPECT_FALSE(tank->WasCrowded());
     EXPECT_EQ(tank->GetLevel(), map->Find("level")->GetPtr<Primitive<double>>()->Get());
     EXPECT_EQ(tank->GetLevel(), level.Get<double>());
 }

@@ -5,6 +5,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "qel/property/schema.hpp"
@@ -24,10 +25,14 @@ struct Base {
 /// An owner of properties that counts the calls of its setters.
 class Tank : public Ballast, public Base {
 public:
-    double GetLevel() const { return level_; }
+    double GetLevel() const {
+        Entry const entry(*this);
+        return level_;
+    }
     /// Refuses 9, whatever the limits say.
     void SetLevel(double level) {
         ++changes_;
+        Entry const entry(*this);
         if (level == 9) throw std::runtime_error("the tank does not like 9");
         level_ = level;
     }
@@ -37,8 +42,25 @@ public:
         mode_ = std::move(mode);
     }
     std::uint32_t GetChanges() const { return changes_; }
+    /// Whether two threads have been in the functions of the level at once.
+    bool WasCrowded() const { return crowded_; }
 
 private:
+    /// A thread in one of the functions of the level.
+    struct Entry {
+        explicit Entry(Tank const& entered) : tank(entered) {
+            if (tank.visitors_.fetch_add(1) != 0) tank.crowded_ = true;
+            std::this_thread::yield();
+        }
+        Entry(Entry const&) = delete;
+        Entry& operator=(Entry const&) = delete;
+        ~Entry() { --tank.visitors_; }
+
+        Tank const& tank;
+    };
+
+    mutable std::atomic<int> visitors_ = 0;
+    mutable std::atomic<bool> crowded_ = false;
     std::atomic<double> level_ = 0;
     std::string mode_;
     std::atomic<std::uint32_t> changes_ = 0;

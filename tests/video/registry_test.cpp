@@ -68,6 +68,8 @@ TEST(RegistryInfo, WithoutAPropertyFunctionSharesOneEmptyList) {
     Info const second = MakeInfo("second");
     EXPECT_TRUE(first.GetProperties().empty());
     EXPECT_EQ(&first.GetProperties(), &second.GetProperties());
+    auto const* const shared = &first.GetProperties();
+    std::thread([shared] { EXPECT_EQ(&MakeInfo("third").GetProperties(), shared); }).join();
 }
 
 TEST(RegistryInfo, GivesTheVeryListOfItsPropertyFunction) {
