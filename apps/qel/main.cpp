@@ -32,7 +32,7 @@ int ReportUsage(CLI::App const& program, CLI::ParseError const& error) {
 int Main(int argc, char** argv) {
     CLI::App program("Finds and measures what moves in videos.", "qel");
     program.set_version_flag("--version", "qel " QEL_VERSION);
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);
     program.footer(
         "Examples:\n"
         "  qel run street.avi --output street.jsonl --annotate street.mp4\n"
@@ -47,7 +47,9 @@ int Main(int argc, char** argv) {
         return ReportUsage(program, error);
     }
     ConfigureLogging();
-    return program.got_subcommand("run") ? run() : algorithms();
+    if (program.got_subcommand("run")) return run();
+    if (program.got_subcommand("algorithms")) return algorithms();
+    throw host::UsageError("a command is missing: run or algorithms (see qel --help)");
 }
 
 }  // namespace

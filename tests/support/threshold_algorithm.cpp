@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -109,7 +110,7 @@ std::vector<Property> const& ThresholdProperties() {
                                           &Threshold::SetConfidence),
         registry::MakeProperty<Threshold>("enabled", "Whether objects are looked for", true, &Threshold::SetEnabled),
         registry::MakeProperty<Threshold>("label", "Label that objects get", std::string("bright"),
-                                          {"bright", "moving", "other"}, &Threshold::SetLabel),
+                                          std::set<std::string>{"bright", "moving", "other"}, &Threshold::SetLabel),
     };
     return properties;
 }
