@@ -1,0 +1,23 @@
+// What the sanitizers shall overlook: faults of libraries that are not ours, as narrowly as they can be named. Linked
+// into programs that use GStreamer; without a sanitizer nobody calls these functions.
+
+extern "C" {
+
+__attribute__((visibility("default"))) char const* __asan_default_options();
+__attribute__((visibility("default"))) char const* __lsan_default_suppressions();
+__attribute__((visibility("default"))) char const* __tsan_default_suppressions();
+
+// GLib is built without frame pointers: only the slow way finds out who called its g_malloc.
+char const* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+
+char const* __lsan_default_suppressions() {
+    return
+        // GLib drops its table of quarks when it outgrows it, as others may be reading it. The first one is made while
+        // the dynamic loader initialises the library.
+        "leak:ld-linux-x86-64\n"
+        "leak:g_quark_from_static_string\n"
+        "leak:g_quark_from_string\n";
+}
+
+char const* __tsan_default_suppressions() { return ""; }
+}
