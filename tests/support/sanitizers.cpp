@@ -4,11 +4,15 @@
 extern "C" {
 
 __attribute__((visibility("default"))) char const* __asan_default_options();
+__attribute__((visibility("default"))) char const* __lsan_default_options();
 __attribute__((visibility("default"))) char const* __lsan_default_suppressions();
 __attribute__((visibility("default"))) char const* __tsan_default_suppressions();
 
 // GLib is built without frame pointers: only the slow way finds out who called its g_malloc.
 char const* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+
+// Tests compare what the program says, to which the sanitizer shall not add.
+char const* __lsan_default_options() { return "print_suppressions=0"; }
 
 char const* __lsan_default_suppressions() {
     return
@@ -16,7 +20,9 @@ char const* __lsan_default_suppressions() {
         // the dynamic loader initialises the library.
         "leak:ld-linux-x86-64\n"
         "leak:g_quark_from_static_string\n"
-        "leak:g_quark_from_string\n";
+        "leak:g_quark_from_string\n"
+        // Fonts and their configuration, which cairo and fontconfig keep until the process ends.
+        "leak:libfontconfig\n";
 }
 
 char const* __tsan_default_suppressions() { return ""; }
