@@ -8,7 +8,8 @@
 
 namespace qel::host {
 
-/// An opaque colour picture: one 32-bit word 0x00RRGGBB a pixel, rows without gaps. What cairo calls RGB24.
+/// An opaque colour picture: one 32-bit word 0xXXRRGGBB a pixel, rows without gaps; XX means nothing. It is
+/// what cairo calls RGB24.
 struct Picture {
     using Size = geometry::Dimension<unsigned int, 2>;
 
