@@ -2,7 +2,6 @@
 
 #include <iomanip>
 #include <random>
-#include <regex>
 #include <stdexcept>
 #include <thread>
 
@@ -104,20 +103,28 @@ TEST(Logger, WritesOnePercentSignForTwoAndLeavesOthersAlone) {
     EXPECT_EQ(TextOf("%0%0%", 5), "50%");
 }
 
-/// The same by a regular expression: two percent signs, a placeholder, or any one character at a time.
+/// The same a character at a time: each "%" is looked at with the digits behind it.
 std::string FormatSlowly(std::string const& format, std::vector<std::string> const& arguments) {
-    static std::regex const token("%%|%([0-9]+)%|[^]");
     std::string text;
-    for (std::sregex_iterator match(format.begin(), format.end(), token); match != std::sregex_iterator(); ++match) {
-        std::string const part = match->str();
-        std::string const digits = (*match)[1].str();
-        bool const isFilled = !digits.empty() && std::stoul(digits) < arguments.size();
-        text += part == "%%" ? "%" : isFilled ? arguments[std::stoul(digits)] : part;
+    for (std::size_t at = 0; at < format.size();) {
+        std::size_t const end = format.find_first_not_of("0123456789", at + 1);
+        if (format[at] != '%' || end == std::string::npos || format[end] != '%') {
+            text += format[at++];
+            continue;
+        }
+        std::string const digits = format.substr(at + 1, end - at - 1);
+        if (digits.empty()) {
+            text += '%';
+        } else {
+            std::size_t const index = std::stoul(digits);
+            text += index < arguments.size() ? arguments[index] : '%' + digits + '%';
+        }
+        at = end + 1;
     }
     return text;
 }
 
-TEST(Logger, FillsInAnyTextAsARegularExpressionWould) {
+TEST(Logger, FillsInAnyTextAsReadingItOneCharacterAtATimeWould) {
     std::mt19937 random(7);
     constexpr std::string_view Characters = "%%%%0123a";
     for (int round = 0; round < 3000; ++round) {
