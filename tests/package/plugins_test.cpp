@@ -20,7 +20,7 @@ TEST(InstalledPlugins, AreLoadedListedConfiguredAndRun) {
     Installation const installation;
     installation.AddPlugin("plugins/counter");
     installation.AddPlugin("plugins/another");
-    EXPECT_EQ(installation.Probe("fixture.Counter"),
+    EXPECT_EQ(installation.Probe({"fixture.Counter"}),
               "algorithm: fixture.Another\n"
               "algorithm: fixture.Counter\n"
               "object: bright of 24 pixels at 0,0 to 10,4\n"
@@ -86,7 +86,7 @@ TEST(InstalledPlugins, AllProblemsAreToldInTheOrderOfTheFiles) {
     auto const second = installation.AddPlugin("plugins/incomplete", "b");
     installation.AddPlugin("plugins/counter", "c");
     auto const fourth = installation.AddPlugin("plugins/copycat", "d");
-    std::string const output = installation.Probe("fixture.Counter");
+    std::string const output = installation.Probe({"fixture.Counter"});
     auto const at = [&output](std::filesystem::path const& file) { return output.find("problem: " + file.string()); };
     EXPECT_EQ(at(first), 0U);
     EXPECT_LT(at(first), at(second));
@@ -97,7 +97,7 @@ TEST(InstalledPlugins, AllProblemsAreToldInTheOrderOfTheFiles) {
 TEST(ExamplePlugin, FindsBrightSpotsAboveItsThreshold) {
     Installation const installation;
     installation.AddPlugin("plugin/bright_spots");
-    EXPECT_EQ(installation.Probe("example.BrightSpots"),
+    EXPECT_EQ(installation.Probe({"example.BrightSpots"}),
               "algorithm: example.BrightSpots\n"
               "object: bright spot of 12 pixels at 7,0 to 10,4\n"
               "threshold: 200\n"
