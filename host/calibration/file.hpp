@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace qel::host::calibration {
+
+/// The whole of a file of at most so many bytes. Throws Error with the path and the reason.
+std::string ReadFile(std::string const& path, std::size_t maximumSize);
+
+/// Replaces a file in one step: after a failure, or a crash at any time, the path holds the old content or the new one
+/// whole. Throws Error with the path and the reason.
+void ReplaceFile(std::string const& path, std::string_view content);
+
+}  // namespace qel::host::calibration
