@@ -16,6 +16,8 @@ constexpr int Usage = 2;
 /// Each adds a sub-command to the program and returns what it does once the arguments are read: it gives the exit code.
 /// An error leaves it as host::Error.
 std::function<int()> AddRunCommand(CLI::App& program);
+std::function<int()> AddMeasureCommand(CLI::App& program);
+std::function<int()> AddCalibrateCommand(CLI::App& program);
 std::function<int()> AddAlgorithmsCommand(CLI::App& program);
 
 /// Loads the plug-ins, with a line of warning for each that cannot be used.

@@ -29,6 +29,11 @@ int ReportUsage(CLI::App const& program, CLI::ParseError const& error) {
     return exit_code::Usage;
 }
 
+struct Command {
+    char const* name;
+    std::function<int()> run;
+};
+
 int Main(int argc, char** argv) {
     CLI::App program("Finds and measures what moves in videos.", "qel");
     program.set_version_flag("--version", "qel " QEL_VERSION);
@@ -36,20 +41,25 @@ int Main(int argc, char** argv) {
     program.footer(
         "Examples:\n"
         "  qel run street.avi --output street.jsonl --annotate street.mp4\n"
+        "  qel calibrate --references marks.json --output camera.json\n"
+        "  qel measure --calibration camera.json --size 768x576 --from 120,400 --to 380,410\n"
         "  qel algorithms\n\n"
         "Exit codes: 0 done, 1 failed, 2 wrong use, 130 interrupted. QEL_LOG sets what is logged, such as "
         "QEL_LOG=debug.");
-    auto const run = AddRunCommand(program);
-    auto const algorithms = AddAlgorithmsCommand(program);
+    std::vector<Command> const commands{{"run", AddRunCommand(program)},
+                                        {"calibrate", AddCalibrateCommand(program)},
+                                        {"measure", AddMeasureCommand(program)},
+                                        {"algorithms", AddAlgorithmsCommand(program)}};
     try {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
         return ReportUsage(program, error);
     }
     ConfigureLogging();
-    if (program.got_subcommand("run")) return run();
-    if (program.got_subcommand("algorithms")) return algorithms();
-    throw host::UsageError("a command is missing: run or algorithms (see qel --help)");
+    for (Command const& command : commands) {
+        if (program.got_subcommand(command.name)) return command.run();
+    }
+    throw host::UsageError("a command is missing: run, calibrate, measure or algorithms (see qel --help)");
 }
 
 }  // namespace
