@@ -1,12 +1,15 @@
 // A fill by runs: each run is extended, filled at once, and the rows above and below it are searched for runs that it
-// touches. dst is the record of what has been visited. Rows are searched word by word.
+// touches. dst is the record of what has been visited. Rows are searched word by word. A region of many runs is then
+// grown by whole rows for as long as that gains much, and finished by runs.
 #include "qel/algorithm/bit_mask/flood_fill.hpp"
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
+#include "bit_mask/region_sweep.hpp"
 #include "bit_mask/scan_row.hpp"
 #include "bit_mask/word_masks.hpp"
 #include "qel/algorithm/bit_mask/fill_scan_line.hpp"
@@ -63,32 +66,76 @@ private:
 /// One call's fill of masks that have the same size.
 class Fill {
 public:
-    Fill(BitMask const& src, BitMask& dst, unsigned int height, unsigned int value)
-        : src_(src.GetData().data()),
+    Fill(BitMask const& src, BitMask& dst, unsigned int height)
+        : srcMask_(src),
+          dstMask_(dst),
+          src_(src.GetData().data()),
           dst_(dst.GetData().data()),
           width_(src.GetSize().width),
           height_(height),
-          stride_(src.GetStride()),
-          value_(value) {}
+          stride_(src.GetStride()) {}
 
     void Run(geometry::Point<unsigned int, 2> const& seed) {
         // The seed is filled whatever it is; every later run only for what is left of it.
+        lowest_ = highest_ = seed.y;
         FillRun({seed.x, seed.x, seed.y, 0, 1, 1});
-        while (!stack_.empty()) {
-            Range const range = stack_.top();
-            stack_.pop();
-            if (Row(range.row).Any(range.start, range.end)) FillRun(range);
+        while (FillNext()) {
+            if (HasManyRuns()) Sweep();
         }
     }
 
 private:
+    static constexpr std::size_t SampledRows = 16;
+
+    /// Fills the run pending last, false when none is.
+    bool FillNext() {
+        if (stack_.empty()) return false;
+        Range const range = stack_.top();
+        stack_.pop();
+        if (Row(range.row).Any(range.start, range.end)) FillRun(range);
+        return true;
+    }
+
+    /// Whether the rows reached so far hold so many runs that whole rows are worth trying; looked at now and then.
+    bool HasManyRuns() {
+        if (filled_.size() < nextLook_) return false;
+        nextLook_ *= 2;
+        std::size_t const step = (highest_ - lowest_) / SampledRows + 1;
+        std::size_t rows = 0, runs = 0;
+        for (std::size_t y = lowest_; y <= highest_; y += step, ++rows) {
+            FillableRow const row(src_ + y * stride_, dst_ + y * stride_);
+            for (std::size_t i = 0; i < stride_; ++i) {
+                runs += static_cast<std::size_t>(std::popcount(row[i] & ~(row[i] >> 1)));
+            }
+        }
+        return runs >= rows * std::max<std::size_t>(8, stride_ / 6);
+    }
+
+    /// Goes on by whole rows from what has been filled; leaves pending the runs that are worth no more rows.
+    void Sweep() {
+        stack_ = {};
+        RegionSweep sweep(srcMask_, dstMask_, height_);
+        for (Range const& range : filled_) sweep.Add(range.start, range.end, range.row);
+        filled_ = {};
+        swept_ = true;
+        sweep.Run();
+        sweep.Store();
+        // Single pixels: their runs are then searched for in both rows, whatever the direction.
+        sweep.ForEachOpenRun([this](auto const& p) { stack_.push({p.x, p.x, p.y, 0, 1, 1}); });
+    }
+
     FillableRow Row(unsigned int row) const { return {src_ + row * stride_, dst_ + row * stride_}; }
 
     void FillRun(Range const& range) {
         bool const more = !stack_.empty();
         unsigned int const start = range.extendLeft ? Row(range.row).ExtendLeft(range.start) : range.start;
         unsigned int const end = range.extendRight ? Row(range.row).ExtendRight(range.end, width_) : range.end;
-        FillScanLine(dst_ + range.row * stride_, start, end, value_);
+        FillScanLine(dst_ + range.row * stride_, start, end, 1);
+        if (!swept_) {
+            filled_.push_back({start, end, range.row, 0, 0, 0});
+            lowest_ = std::min(lowest_, range.row);
+            highest_ = std::max(highest_, range.row);
+        }
         if (range.row + 1 < height_) Scan(range, start, end, range.row + 1, true, range.direction == 0 && more);
         if (range.row > 0) Scan(range, start, end, range.row - 1, false, range.direction == 1 && more);
     }
@@ -103,13 +150,19 @@ private:
         ScanRow(src_, dst_, width_, stride_, stack_, range.end, end, row, direction);
     }
 
+    BitMask const& srcMask_;
+    BitMask& dstMask_;
     std::uint32_t const* src_;
     std::uint32_t* dst_;
     unsigned int width_;
     unsigned int height_;
     std::size_t stride_;
-    unsigned int value_;
     std::stack<Range> stack_;
+    // What has been filled, to go on from by whole rows; not kept any longer once that has been done.
+    std::vector<Range> filled_;
+    std::uint32_t lowest_ = 0, highest_ = 0;
+    std::size_t nextLook_ = 512;
+    bool swept_ = false;
 };
 
 }  // namespace
@@ -144,7 +197,7 @@ void FloodFill8Way(BitMask const& src, BitMask& dst, geometry::Point<unsigned in
     if (seed.y >= stored) return;
     if (value == 0) return FillScanLine(dst.GetData().data() + seed.y * stride, seed.x, seed.x, 0);
     unsigned int const height = static_cast<unsigned int>(std::min<std::size_t>(src.GetSize().height, stored));
-    Fill(src, dst, height, value).Run(seed);
+    Fill(src, dst, height).Run(seed);
 }
 
 }  // namespace qel::algorithm::bit_mask

@@ -128,6 +128,38 @@ TEST(FloodFill8Way, GivesTheDefinitionOnNoise) {
     }
 }
 
+TEST(FloodFill8Way, GivesTheDefinitionOnLargeNoise) {
+    // Regions of thousands of runs: these are grown by whole rows.
+    std::mt19937 random(56);
+    for (int i = 0; i < 60; ++i) {
+        BitMask::Size const size{reference::Draw(random, 200, 700), reference::Draw(random, 60, 200)};
+        unsigned int const grain = reference::Draw(random, 1, 4);
+        BitMask const grains = reference::Noise(size, reference::Draw(random, 40, 95), random);
+        BitMask const src = reference::Draw(
+            size, random, [&](unsigned int x, unsigned int y) { return reference::Get(grains, x / grain, y / grain); });
+        BitMask dst = i % 2 == 0 ? BitMask() : reference::Noise(size, 3, random);
+        geometry::Point<unsigned int, 2> const seed{size.width / 2, size.height / 2};
+        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
+        FloodFill8Way(src, dst, seed, 1);
+        ASSERT_EQ(dst, expected) << size << ", grain " << grain;
+    }
+}
+
+TEST(FloodFill8Way, GivesTheDefinitionWhereNoiseOpensIntoWindings) {
+    // Begun by whole rows, which stop gaining, and finished by runs.
+    std::mt19937 random(57);
+    for (reference::Shape const& shape : reference::Shapes()) {
+        SCOPED_TRACE(shape.name);
+        BitMask::Size const size{reference::Draw(random, 400, 600), reference::Draw(random, 80, 140)};
+        BitMask src = shape.make(size, random);
+        BitMask const noise = reference::Noise(size, 65, random);
+        for (unsigned int y = 20; y < size.height; ++y) {
+            for (unsigned int x = 0; x < size.width / 2; ++x) reference::Set(src, x, y, reference::Get(noise, x, y));
+        }
+        ASSERT_EQ(Fill(src, 50, 50), reference::FloodFill8Way(src, BitMask(), {50, 50}));
+    }
+}
+
 TEST(FloodFill8Way, GivesTheDefinitionOnShapes) {
     std::mt19937 random(52);
     for (reference::Shape const& shape : reference::Shapes()) {
