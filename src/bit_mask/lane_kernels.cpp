@@ -9,11 +9,13 @@ namespace {
 [[gnu::always_inline]] inline bool FindSeeds(Lane const* above, Lane const* below, Lane const* fillable,
                                              Lane const* region, Lane* seeds, std::size_t lanes) {
     Lane any = 0;
+    --above;
+    --below;
     // Reads neighbours again instead of carrying them along: only so can it be made into vectors.
     for (std::size_t i = 0; i < lanes; ++i) {
-        Lane const previous = above[i - 1] | below[i - 1];
-        Lane const current = above[i] | below[i];
-        Lane const next = above[i + 1] | below[i + 1];
+        Lane const previous = above[i] | below[i];
+        Lane const current = above[i + 1] | below[i + 1];
+        Lane const next = above[i + 2] | below[i + 2];
         Lane const touched = current | current >> 1U | previous << 63U | current << 1U | next >> 63U;
         seeds[i] = touched & fillable[i] & ~region[i];
         any |= seeds[i];
