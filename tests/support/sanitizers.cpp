@@ -6,6 +6,7 @@ extern "C" {
 __attribute__((visibility("default"))) char const* __asan_default_options();
 __attribute__((visibility("default"))) char const* __lsan_default_options();
 __attribute__((visibility("default"))) char const* __lsan_default_suppressions();
+__attribute__((visibility("default"))) char const* __tsan_default_options();
 __attribute__((visibility("default"))) char const* __tsan_default_suppressions();
 
 // GLib is built without frame pointers: only the slow way finds out who called its g_malloc.
@@ -25,5 +26,16 @@ char const* __lsan_default_suppressions() {
         "leak:libfontconfig\n";
 }
 
-char const* __tsan_default_suppressions() { return ""; }
+// GStreamer and GLib are built without the sanitizer and lock by system calls that it does not see: what they do among
+// themselves is left out, what our code does on their threads is not.
+char const* __tsan_default_options() { return "ignore_noninstrumented_modules=1"; }
+
+char const* __tsan_default_suppressions() {
+    return
+        // Orders of locks among the elements of a pipeline and inside the decoders, of which we hold none.
+        "deadlock:libgstreamer-1.0.so\n"
+        "deadlock:libavcodec.so\n"
+        // Frees, on a thread of GStreamer, pixels that came there through one of its queues.
+        "race:DeletePixels\n";
+}
 }
