@@ -1,7 +1,8 @@
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "frame_sink.hpp"
 #include "video_writer.hpp"
@@ -13,9 +14,12 @@ namespace qel::host {
 /// Frames of another size than the first are scaled to the first one's.
 class AnnotationSink final : public FrameSink {
 public:
-    /// Creates the file. size: of the first frame. frameRate: 0 when not known.
-    AnnotationSink(std::string const& path, Picture::Size size, double frameRate)
-        : size_(size), writer_(path, size, frameRate) {}
+    /// Draws on a whole frame before the objects are drawn.
+    using Backdrop = std::function<void(Picture&)>;
+
+    /// Creates the file. size: of the first frame. frameRate: 0 when not known. backdrop: may be empty.
+    AnnotationSink(std::string const& path, Picture::Size size, double frameRate, Backdrop backdrop = {})
+        : size_(size), writer_(path, size, frameRate), backdrop_(std::move(backdrop)) {}
 
     std::string GetStage() const override { return "annotate"; }
     void Take(AnalysedFrame const& analysed) override;
@@ -24,6 +28,7 @@ public:
 private:
     Picture::Size size_;
     VideoWriter writer_;
+    Backdrop backdrop_;
 };
 
 }  // namespace qel::host

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <variant>
 
 #include "canvas.hpp"
 #include "qel/hash/murmur_three_32.hpp"
@@ -40,7 +41,10 @@ std::string TagOf(Object const& object) {
     std::string const sure = std::isfinite(object.confidence)
                                  ? std::to_string(std::lround(std::clamp(object.confidence, 0.0F, 1.0F) * 100)) + " %"
                                  : std::string("?");
-    return object.label.empty() ? sure : ToValidUtf8(object.label) + " " + sure;
+    std::string const tag = object.label.empty() ? sure : ToValidUtf8(object.label) + " " + sure;
+    auto const height = object.attributes.find("height_m");
+    if (height == object.attributes.end() || !std::holds_alternative<double>(height->second)) return tag;
+    return tag + "  " + FormatNumber(std::get<double>(height->second), 2) + " m";
 }
 
 /// How lines and letters are sized: by the picture's shorter side, so that they look alike at every resolution.
@@ -104,6 +108,29 @@ void DrawObjects(Picture& picture, Picture::Size frameSize, std::vector<Object> 
     for (Object const& object : objects) {
         DrawTag(canvas.Get(), style, picture.size, object.box.x0 * scaleX, object.box.y0 * scaleY, TagOf(object),
                 ColourOf(object.label));
+    }
+}
+
+void DrawLines(Picture& picture, Picture::Size frameSize, std::vector<OverlayLine> const& lines) {
+    if (picture.pixels.empty() || lines.empty()) return;
+    Style const style(picture.size);
+    double const scaleX = static_cast<double>(picture.size.width) / frameSize.width;
+    double const scaleY = static_cast<double>(picture.size.height) / frameSize.height;
+    Canvas const canvas(picture);
+    cairo_t* const context = canvas.Get();
+    cairo_set_line_width(context, style.line * 0.5);
+    cairo_set_source_rgba(context, 1, 1, 1, 0.45);
+    for (OverlayLine const& line : lines) {
+        cairo_move_to(context, line.from.x * scaleX, line.from.y * scaleY);
+        cairo_line_to(context, line.to.x * scaleX, line.to.y * scaleY);
+    }
+    cairo_stroke(context);
+    SelectFont(context, style.font * 0.8);
+    cairo_set_source_rgba(context, 1, 1, 1, 0.85);
+    for (OverlayLine const& line : lines) {
+        if (line.label.empty()) continue;
+        cairo_move_to(context, line.labelAt.x * scaleX + style.line, line.labelAt.y * scaleY - style.line);
+        cairo_show_text(context, line.label.c_str());
     }
 }
 

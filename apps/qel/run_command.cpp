@@ -7,12 +7,16 @@
 #include <vector>
 
 #include "annotation_sink.hpp"
+#include "calibration/calibration_file.hpp"
+#include "calibration/ground_grid.hpp"
+#include "calibration/object_measurer.hpp"
 #include "catalogue.hpp"
 #include "command.hpp"
 #include "configured_algorithm.hpp"
 #include "error.hpp"
 #include "interrupt.hpp"
 #include "json_lines_sink.hpp"
+#include "overlay.hpp"
 #include "progress.hpp"
 #include "run.hpp"
 #include "snapshot_sink.hpp"
@@ -28,6 +32,8 @@ struct Options {
     std::string annotate;
     std::string snapshot;
     std::optional<std::uint64_t> maxFrames;
+    std::string calibration;
+    bool uncertainty = false;
     bool quiet = false;
 };
 
@@ -57,19 +63,29 @@ void AddOptions(CLI::App& command, Options& options) {
     command.add_option("-n,--max-frames", options.maxFrames, "Stops after so many frames")
         ->type_name("N")
         ->check(CLI::PositiveNumber);
+    auto* const calibration =
+        command
+            .add_option("-c,--calibration", options.calibration,
+                        "How the camera is mounted, as qel calibrate writes it: objects get metres")
+            ->type_name("FILE");
+    command.add_flag("--uncertainty", options.uncertainty, "States plus/minus of every length")->needs(calibration);
     command.add_flag("-q,--quiet", options.quiet, "No progress bar and no summary");
     command.footer(
         "Examples:\n"
         "  qel run street.avi > street.jsonl\n"
         "  qel run street.avi --output street.jsonl --annotate street.mp4 --snapshot street.png\n"
         "  qel run rtsp://camera/stream --set threshold=4 --max-frames 1000\n\n"
-        "Properties are listed by: qel algorithms");
+        "Properties are listed by: qel algorithms\n\n"
+        "With --calibration each object gets ground_x_m, ground_y_m, distance_m and height_m, or measurement_error "
+        "with\n"
+        "the reason; the annotated video shows the heights and a grid in metres on the ground.");
 }
 
-/// An output must be neither the video itself nor another output: opening it empties it.
+/// An output must be neither the video itself, nor the calibration, nor another output: opening it empties it.
 void CheckOutputs(Options const& options, host::Location const& location) {
     std::vector<std::string> taken;
     if (location.file) taken.push_back(*location.file);
+    if (!options.calibration.empty()) taken.push_back(options.calibration);
     for (std::string const& path :
          {options.output == "-" ? std::string() : options.output, options.annotate, options.snapshot}) {
         if (path.empty()) continue;
@@ -81,18 +97,36 @@ void CheckOutputs(Options const& options, host::Location const& location) {
             if (location.file && other == *location.file) {
                 throw host::UsageError("'" + path + "' is the video itself; write the results to another file");
             }
+            if (other == options.calibration) {
+                throw host::UsageError("'" + path + "' is the calibration; write the results to another file");
+            }
             throw host::UsageError("'" + path + "' is named for two outputs");
         }
         taken.push_back(path);
     }
 }
 
-std::vector<std::unique_ptr<host::FrameSink>> MakeSinks(Options const& options, host::VideoSource const& source) {
+/// Draws a grid in metres on the ground.
+host::AnnotationSink::Backdrop MakeBackdrop(host::calibration::Calibration const& calibration) {
+    return [mounting = calibration.mounting](host::Picture& picture) {
+        std::vector<host::OverlayLine> lines;
+        host::calibration::Size const size{static_cast<int>(picture.size.width), static_cast<int>(picture.size.height)};
+        for (host::calibration::GridLine& line : host::calibration::MakeGroundGrid(mounting, size)) {
+            lines.push_back({line.from, line.to, line.labelAt, std::move(line.label)});
+        }
+        host::DrawLines(picture, picture.size, lines);
+    };
+}
+
+std::vector<std::unique_ptr<host::FrameSink>> MakeSinks(
+    Options const& options, host::VideoSource const& source,
+    std::optional<host::calibration::Calibration> const& calibration) {
     std::vector<std::unique_ptr<host::FrameSink>> sinks;
     sinks.push_back(std::make_unique<host::JsonLinesSink>(options.output, source.GetLocation().name));
     if (!options.annotate.empty()) {
-        sinks.push_back(
-            std::make_unique<host::AnnotationSink>(options.annotate, source.GetFrameSize(), source.GetFrameRate()));
+        sinks.push_back(std::make_unique<host::AnnotationSink>(options.annotate, source.GetFrameSize(),
+                                                               source.GetFrameRate(),
+                                                               calibration ? MakeBackdrop(*calibration) : nullptr));
     }
     if (!options.snapshot.empty()) sinks.push_back(std::make_unique<host::SnapshotSink>(options.snapshot));
     return sinks;
@@ -119,6 +153,12 @@ int Run(Options const& options) {
         for (std::string const& text : options.settings) settings.push_back(host::ParseSetting(text));
         return settings;
     }());
+    std::optional<host::calibration::Calibration> calibration;
+    std::optional<host::calibration::ObjectMeasurer> measurer;
+    if (!options.calibration.empty()) {
+        calibration = host::calibration::ReadCalibration(options.calibration);
+        measurer.emplace(*calibration, options.uncertainty);
+    }
     host::Location const location = host::Locate(options.video);
     CheckOutputs(options, location);
     host::VideoSource source(location, algorithm.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; });
@@ -128,8 +168,14 @@ int Run(Options const& options) {
         host::Progress progress(ExpectedFrames(options, source), !options.quiet);
         host::RunPlan plan{
             .source = source,
-            .analyse = [&](auto const& frame, auto& result) { return algorithm.Process(frame, result); },
-            .sinks = interrupt.GetSignal() == 0 ? MakeSinks(options, source)
+            .analyse =
+                [&](host::VideoSource::Frame const& frame, algorithm::video::Result& result) {
+                    auto shown = algorithm.Process(frame, result);
+                    auto const size = frame.GetSize();
+                    if (measurer) measurer->Measure(result, {int(size.width), int(size.height)});
+                    return shown;
+                },
+            .sinks = interrupt.GetSignal() == 0 ? MakeSinks(options, source, calibration)
                                                 : std::vector<std::unique_ptr<host::FrameSink>>(),
             .maxFrames = options.maxFrames,
             .progress = [&](std::uint64_t frames) { progress.Update(frames); },

@@ -65,8 +65,8 @@ Measurement Measurer::GetDistance(Pixel from, Pixel to) const {
 }
 
 Measurement Measurer::GetHeight(Pixel foot, double extent) const {
-    RequireGround(foot);
     double const metres = engine_.GetHeight(Normalise(foot, size_), {Normalise(extent / size_.height)}, size_).value();
+    RequireGround(foot);
     Model<Jet> const model = MakeModel(calibration_, size_);
     Position<Jet> const from{Jet(foot.x, 4), Jet(foot.y, 5)};
     Jet const top(foot.y - extent, 6);
@@ -74,6 +74,14 @@ Measurement Measurer::GetHeight(Pixel foot, double extent) const {
     Jet const height =
         isOblique ? model.GetObliqueHeight(model.Unproject(from), top) : model.GetSteepHeight(from, Jet(from.y - top));
     return {metres, GetError(height, calibration_, clickError_)};
+}
+
+Measurement Measurer::GetDistanceFromCamera(Pixel pixel) const {
+    RequireGround(pixel);
+    auto const ground = MakeModel(calibration_, size_).Unproject({Jet(pixel.x, 4), Jet(pixel.y, 5)});
+    bool const isBelow = ground.x.a == 0 && ground.y.a == 0;
+    Jet const distance = isBelow ? ground.y : Jet(sqrt(ground.x * ground.x + ground.y * ground.y));
+    return {distance.a, GetError(distance, calibration_, clickError_)};
 }
 
 geometry::Point<double, 2> Measurer::GetGround(Pixel pixel) const {

@@ -29,12 +29,15 @@ public:
     Measurement GetDistance(Pixel from, Pixel to) const;
 
     /// Height of an object standing on the ground, foot its bottom centre, extent its height in the picture.
-    /// Throws std::runtime_error with the engine's own reasons, and where the foot is on or above the horizon.
+    /// Throws std::runtime_error with the engine's own reason, or where the foot is on or above the horizon.
     Measurement GetHeight(Pixel foot, double extent) const;
 
     /// Position on the ground in metres: x to the right of the point below the camera, y ahead of it.
     /// Throws std::runtime_error where the pixel is on or above the horizon.
     geometry::Point<double, 2> GetGround(Pixel pixel) const;
+
+    /// Distance on the ground from the point below the camera. Throws like GetGround.
+    Measurement GetDistanceFromCamera(Pixel pixel) const;
 
     Calibration const& GetCalibration() const { return calibration_; }
 

@@ -97,6 +97,31 @@ TEST(DrawObjects, CopesWithBoxesAtAndBeyondTheEdges) {
     DrawObjects(none, {}, {ObjectAt(0, 0, 1, 1)});
 }
 
+TEST(DrawObjects, AddsTheHeightToTheTagOfAMeasuredObject) {
+    Object object = ObjectAt(100, 80, 160, 200);
+    Picture plain = GreyPicture(320, 240), measured = plain, strange = plain;
+    DrawObjects(plain, plain.size, {object});
+    object.attributes["height_m"] = 1.75;
+    DrawObjects(measured, measured.size, {object});
+    object.attributes["height_m"] = std::string("no number");
+    DrawObjects(strange, strange.size, {object});
+    EXPECT_NE(measured.pixels, plain.pixels);
+    EXPECT_EQ(strange.pixels, plain.pixels);
+}
+
+TEST(DrawLines, DrawsThemScaledAndLeavesTheRestAlone) {
+    Picture picture = GreyPicture(160, 120);
+    DrawLines(picture, {320, 240}, {{{-1000, 100}, {1000, 100}, {}, ""}});
+    for (unsigned int x : {0U, 80U, 159U}) EXPECT_GT(Difference(At(picture, x, 50), Grey), 20);
+    EXPECT_EQ(At(picture, 80, 47), Grey);
+    EXPECT_EQ(At(picture, 80, 53), Grey);
+    Picture labelled = GreyPicture(160, 120);
+    DrawLines(labelled, {320, 240}, {{{-1000, 100}, {1000, 100}, {100, 100}, "5 m"}});
+    EXPECT_NE(labelled.pixels, picture.pixels);
+    Picture none;
+    DrawLines(none, {320, 240}, {{{0, 0}, {1, 1}, {}, "x"}});
+}
+
 TEST(FitInto, KeepsTheShapeAndNeverEnlarges) {
     struct Case {
         Picture::Size size, limit, fitted;

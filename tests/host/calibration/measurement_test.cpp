@@ -46,13 +46,17 @@ TEST(Measurer, KnowsWhereAPixelLiesOnTheGround) {
     Pixel const pixel = Project(Camera, Picture, 2, 11);
     EXPECT_NEAR(measurer.GetGround(pixel).x, 2, 1e-9);
     EXPECT_NEAR(measurer.GetGround(pixel).y, 11, 1e-9);
+    Measurement const distance = measurer.GetDistanceFromCamera(pixel);
+    EXPECT_NEAR(distance.metres, std::hypot(2, 11), 1e-9);
+    EXPECT_NEAR(distance.error, measurer.GetDistance(Project(Camera, Picture, -2, 0.0001), pixel).error, 0.2);
 }
 
 TEST(Measurer, SaysWhyItCannotMeasure) {
     Measurer const measurer({{5, 0, 5, 50}, std::nullopt}, Picture);
     EXPECT_EQ(ErrorOf([&] { measurer.GetDistance({600, 100}, {600, 700}); }), "Point is not on the ground");
     EXPECT_EQ(ErrorOf([&] { measurer.GetDistance({600, 700}, {600, 100}); }), "Point is not on the ground");
-    EXPECT_EQ(ErrorOf([&] { measurer.GetHeight({600, 100}, 50); }), "Point is not on the ground");
+    EXPECT_EQ(ErrorOf([&] { measurer.GetDistanceFromCamera({600, 100}); }), "Point is not on the ground");
+    EXPECT_EQ(ErrorOf([&] { measurer.GetHeight({600, 100}, 50); }), "Negative height") << "the engine's own reason";
     EXPECT_EQ(ErrorOf([&] { measurer.GetGround({600, 100}); }), "Point is not on the ground");
     Pixel const far = Project({5, 0, 5, 50}, Picture, 0, 700);
     EXPECT_EQ(ErrorOf([&] { measurer.GetHeight(far, 5); }), "Target is too far");
