@@ -37,7 +37,7 @@ std::optional<media::ColourFormat> FromGstFormat(GstVideoFormat format) noexcept
 
 /// A mapped buffer and the number of frames that share it.
 struct Mapping {
-    GstVideoFrame video = GST_VIDEO_FRAME_INIT;
+    GstVideoFrame video{};
     std::atomic<unsigned int> references{0};
 
     Mapping() = default;

@@ -21,8 +21,9 @@ GstPtr<GstElement> MakeElement(char const* kind) {
 }
 
 GstElement* AddTo(GstElement* bin, GstPtr<GstElement> element) {
-    gst_bin_add(GST_BIN(bin), element.get());
-    return element.get();
+    GstElement* const added = element.get();
+    gst_bin_add(GST_BIN(bin), added);
+    return added;
 }
 
 Pipeline::Pipeline(char const* name) {

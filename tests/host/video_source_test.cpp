@@ -73,7 +73,10 @@ TEST(VideoSource, KnowsWhatTheHeadersPromise) {
 
 TEST(VideoSource, ConvertsToEachFormatAtOddSizesToo) {
     TemporaryDirectory const directory;
-    for (auto const& [width, height] : {std::pair{64U, 48U}, std::pair{37U, 23U}, std::pair{5U, 3U}}) {
+    for (auto const& size : {std::pair{64U, 48U}, std::pair{37U, 23U}, std::pair{5U, 3U}}) {
+        // Named anew: clang 14 does not capture structured bindings.
+        unsigned int const width = size.first;
+        unsigned int const height = size.second;
         SCOPED_TRACE(width);
         std::string const path = directory / "video.mkv";
         test::WriteTestVideo(path, {.width = width, .height = height, .frames = 2}, [&](test::Canvas& canvas) {

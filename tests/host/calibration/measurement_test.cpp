@@ -137,7 +137,7 @@ TEST(Measurer, StatesTheErrorOfHeightsInSteepViewsAndOfPointsThatCoincide) {
     EXPECT_EQ(measurer.GetDistance({640, 360}, {640, 360}).metres, 0);
 }
 
-TEST(Measurement, SpansTheIntervalOf95Percent) { EXPECT_NEAR(Measurement(3, 0.5).GetPlusMinus(), 0.98, 1e-4); }
+TEST(Measurement, SpansTheIntervalOf95Percent) { EXPECT_NEAR((Measurement{3, 0.5}.GetPlusMinus()), 0.98, 1e-4); }
 
 }  // namespace
 }  // namespace qel::host::calibration
