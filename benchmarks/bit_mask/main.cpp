@@ -9,6 +9,8 @@ int main(int argc, char** argv) {
     for (Size const size : Sizes) {
         RegisterOperations(size);
         RegisterFloodFill(size);
+        RegisterThreshold(size);
     }
+    RegisterFillPolygon();
     return RunAndCompare(argc, argv);
 }

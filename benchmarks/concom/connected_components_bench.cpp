@@ -10,16 +10,16 @@
 #include <benchmark/benchmark.h>
 #include <opencv2/imgproc.hpp>
 
+#include "concom/benches.hpp"
 #include "qel/algorithm/connected_components.hpp"
 #include "support/masks.hpp"
 #include "support/peers.hpp"
-#include "support/ratios.hpp"
 
+namespace qel::benchmarks {
 namespace {
 
-using namespace qel::benchmarks;
-using qel::algorithm::BitMask;
-using qel::algorithm::ConnectedComponents;
+using algorithm::BitMask;
+using algorithm::ConnectedComponents;
 using Blobs = std::vector<ConnectedComponents::Blob>;
 using Boxes = std::vector<std::array<int, 4>>;
 
@@ -122,7 +122,9 @@ void Register(std::string const& name, std::shared_ptr<Input> const& input, int 
     });
 }
 
-void Prepare(Size size) {
+}  // namespace
+
+void RegisterConnectedComponents(Size size) {
     for (NamedMask const& named : Masks(size)) {
         auto const input = std::make_shared<Input>(Input{named.mask, ToPix(named.mask), ToMat(named.mask)});
         for (int const connectivity : {8, 4}) {
@@ -137,10 +139,4 @@ void Prepare(Size size) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    cv::setNumThreads(1);
-    for (Size const size : Sizes) Prepare(size);
-    return RunAndCompare(argc, argv);
-}
+}  // namespace qel::benchmarks

@@ -1,5 +1,11 @@
 // The region of a polygon set, by Boost.Polygon: an exclusive or of one polygon after the other, cut by level lines.
+// Polygons whose bounding boxes keep a distance cannot meet and are combined and cut by themselves.
 #include "bit_mask/trapezoids.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <numeric>
 
 #include <boost/polygon/polygon.hpp>
 
@@ -62,13 +68,75 @@ struct polygon_mutable_traits<qel::geometry::Polygon<int>> {
 }  // namespace boost::polygon
 
 namespace qel::algorithm::bit_mask {
+namespace {
 
-std::vector<geometry::Polygon<int>> GetTrapezoids(boost::span<geometry::Polygon<int> const> polygons) {
+using geometry::Polygon;
+
+/// A polygon's bounding box, corners included.
+struct Box {
+    int left, bottom, right, top;
+    std::size_t polygon;
+};
+
+/// The boxes of the polygons that have points, lowest first.
+std::vector<Box> GetBoxes(boost::span<Polygon<int> const> polygons) {
+    std::vector<Box> boxes;
+    boxes.reserve(polygons.size());
+    for (std::size_t i = 0; i < polygons.size(); ++i) {
+        if (polygons[i].empty()) continue;
+        Box box{polygons[i][0].x, polygons[i][0].y, polygons[i][0].x, polygons[i][0].y, i};
+        for (geometry::Point<int, 2> const& point : polygons[i]) {
+            box.left = std::min(box.left, point.x);
+            box.right = std::max(box.right, point.x);
+            box.bottom = std::min(box.bottom, point.y);
+            box.top = std::max(box.top, point.y);
+        }
+        boxes.push_back(box);
+    }
+    std::sort(boxes.begin(), boxes.end(), [](Box const& a, Box const& b) { return a.bottom < b.bottom; });
+    return boxes;
+}
+
+/// Whether the interval that begins later does so within two units of the other's end: rounding moves a point by
+/// less than one, and an edge only through points that it passes closer by.
+bool AreNear(std::int64_t begin, std::int64_t end) { return begin <= end + 2; }
+
+/// For each polygon the least number among those that its surroundings connect it with, over others as well.
+std::vector<std::size_t> GetGroups(boost::span<Polygon<int> const> polygons) {
+    std::vector<std::size_t> groups(polygons.size());
+    std::iota(groups.begin(), groups.end(), std::size_t{0});
+    auto const find = [&groups](std::size_t i) {
+        while (groups[i] != i) i = groups[i] = groups[groups[i]];
+        return i;
+    };
+    std::vector<Box> const boxes = GetBoxes(polygons);
+    for (auto box = boxes.begin(); box != boxes.end(); ++box) {
+        for (auto other = box + 1; other != boxes.end() && AreNear(other->bottom, box->top); ++other) {
+            if (!AreNear(other->left, box->right) || !AreNear(box->left, other->right)) continue;
+            std::size_t const a = find(box->polygon), b = find(other->polygon);
+            groups[std::max(a, b)] = std::min(a, b);
+        }
+    }
+    for (std::size_t i = 0; i < groups.size(); ++i) groups[i] = find(i);
+    return groups;
+}
+
+}  // namespace
+
+std::vector<Polygon<int>> GetTrapezoids(boost::span<Polygon<int> const> polygons) {
     using namespace boost::polygon::operators;
-    boost::polygon::polygon_set_data<int> region;
-    for (geometry::Polygon<int> const& polygon : polygons) region ^= polygon;
-    std::vector<geometry::Polygon<int>> trapezoids;
-    region.get_trapezoids(trapezoids, boost::polygon::HORIZONTAL);
+    // Combining costs as much as everything combined so far: polygons that stand apart are left apart.
+    std::vector<std::size_t> const groups = GetGroups(polygons);
+    std::vector<std::size_t> order(polygons.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return groups[a] < groups[b]; });
+    std::vector<Polygon<int>> trapezoids;
+    for (auto first = order.begin(); first != order.end();) {
+        boost::polygon::polygon_set_data<int> region;
+        std::size_t const group = groups[*first];
+        for (; first != order.end() && groups[*first] == group; ++first) region ^= polygons[*first];
+        region.get_trapezoids(trapezoids, boost::polygon::HORIZONTAL);
+    }
     return trapezoids;
 }
 

@@ -193,6 +193,25 @@ TEST(FillPolygonSet, GivesTheReferenceOnRandomSets) {
     }
 }
 
+TEST(FillPolygonSet, GivesTheReferenceOnManySmallPolygons) {
+    // Groups that stand apart, and some that touch or nearly do.
+    std::mt19937 random(62);
+    for (int i = 0; i < 60; ++i) {
+        BitMask mask({120, 90});
+        Polygons polygons(reference::Draw(random, 10, 40));
+        bool const even = i % 2 == 0;
+        for (auto& polygon : polygons) {
+            int const x = static_cast<int>(random() % 1900), y = static_cast<int>(random() % 1400);
+            polygon = RandomPolygon(random, 90, even);
+            for (auto& point : polygon)
+                point = {point.x + (even ? x / 16 * 16 : x), point.y + (even ? y / 16 * 16 : y)};
+        }
+        BitMask const expected = reference::FillPolygonSet(mask, polygons, 1);
+        detail::FillPolygonSet(mask, polygons, 1);
+        ASSERT_EQ(mask, expected);
+    }
+}
+
 TEST(FillPolygons, RoundsPixelsToSixteenths) {
     BitMask mask({40, 20});
     PixelPolygons const polygons{{{0.47, -0.53125}, {2.4, -0.53125}, {2.4, 2.46875}, {0.47, 2.46875}}};

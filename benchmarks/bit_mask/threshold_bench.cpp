@@ -1,0 +1,61 @@
+// Packing bytes above a threshold beside the obvious loop, and OpenCV's threshold, which leaves a byte a pixel.
+#include <memory>
+#include <string>
+
+#include <benchmark/benchmark.h>
+#include <opencv2/imgproc.hpp>
+
+#include "bit_mask/benches.hpp"
+#include "qel/algorithm/bit_mask/threshold.hpp"
+#include "support/masks.hpp"
+#include "support/peers.hpp"
+
+namespace qel::benchmarks {
+namespace {
+
+using algorithm::BitMask;
+
+void PackInAScalarLoop(cv::Mat const& image, int threshold, BitMask& mask) {
+    for (int y = 0; y < image.rows; ++y) {
+        unsigned char const* const row = image.ptr(y);
+        std::uint32_t* const words = mask.GetData().data() + static_cast<std::size_t>(y) * mask.GetStride();
+        for (int x = 0; x < image.cols; x += 32) {
+            std::uint32_t word = 0;
+            for (int i = 0; i < 32; ++i) word = word << 1 | (row[x + i] > threshold ? 1U : 0U);
+            words[x / 32] = word;
+        }
+    }
+}
+
+}  // namespace
+
+void RegisterThreshold(Size size) {
+    auto const image = std::make_shared<cv::Mat>(static_cast<int>(size.height), static_cast<int>(size.width), CV_8UC1);
+    cv::randu(*image, 0, 256);
+    auto const ours = [image, size](BitMask& mask) {
+        algorithm::bit_mask::Threshold(image->data, image->step[0], size, 100, mask);
+    };
+    std::string const name = "Threshold/" + Name(size) + "/noise";
+    BitMask mask(size), scalar(size);
+    ours(mask);
+    PackInAScalarLoop(*image, 100, scalar);
+    Require(mask == scalar, name + ": scalar loop");
+    Require(Equal(mask, *image > 100), name + ": OpenCV");
+    benchmark::RegisterBenchmark((name + "/qel").c_str(), [=](benchmark::State& state) {
+        BitMask out(size);
+        for (auto _ : state) ours(out);
+    });
+    benchmark::RegisterBenchmark((name + "/scalar").c_str(), [=](benchmark::State& state) {
+        BitMask out(size);
+        for (auto _ : state) {
+            PackInAScalarLoop(*image, 100, out);
+            benchmark::ClobberMemory();
+        }
+    });
+    benchmark::RegisterBenchmark((name + "/opencv").c_str(), [=](benchmark::State& state) {
+        cv::Mat out;
+        for (auto _ : state) cv::threshold(*image, out, 100, 255, cv::THRESH_BINARY);
+    });
+}
+
+}  // namespace qel::benchmarks
