@@ -35,6 +35,16 @@ FailingAllocations::~FailingAllocations() { successesLeft = std::numeric_limits<
 
 void* operator new(std::size_t size) { return qel::support::Allocate(size); }
 void* operator new[](std::size_t size) { return qel::support::Allocate(size); }
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
+    try {
+        return qel::support::Allocate(size);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
+}
+void* operator new[](std::size_t size, std::nothrow_t const& nothrow) noexcept { return operator new(size, nothrow); }
+void operator delete(void* memory, std::nothrow_t const&) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::nothrow_t const&) noexcept { std::free(memory); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
