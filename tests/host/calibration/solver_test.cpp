@@ -279,6 +279,32 @@ TEST(Solver, SaysThatHeightsAreMeasuredSidewaysInSteepViews) {
     EXPECT_NE(std::find(kinds.begin(), kinds.end(), Kind::SteepView), kinds.end());
 }
 
+TEST(Solver, SurvivesMarksWithoutSense) {
+    Random random(16);
+    int answers = 0;
+    testing::internal::CaptureStderr();
+    for (int round = 0; round < 150; ++round) {
+        Problem problem{Picture, {}, {}, random.Uniform(0.1, 5)};
+        auto const anywhere = [&] { return Pixel{random.Uniform(0, 1280), random.Uniform(0, 720)}; };
+        for (int i = 0; i < 4 + round % 7; ++i) {
+            Reference reference{Reference::Kind::Ground, anywhere(), anywhere(), random.Uniform(0.01, 50)};
+            bool const isUpright = reference.to.y < reference.from.y && i % 3 == 0;
+            if (isUpright) reference.kind = Reference::Kind::Vertical;
+            problem.references.push_back(reference);
+        }
+        try {
+            Solution const solution = Solve(problem);
+            for (double const value : ToArray(solution.calibration.mounting)) EXPECT_TRUE(std::isfinite(value));
+            for (double const error : solution.standardErrors) EXPECT_TRUE(std::isfinite(error));
+            ++answers;
+        } catch (Undetermined const& error) {
+            EXPECT_FALSE(error.GetReasons().empty());
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "the solver is silent";
+    EXPECT_LT(answers, 150);
+}
+
 TEST(Solver, RefusesProblemsThatMakeNoSense) {
     struct Case {
         std::function<void(Problem&)> spoil;
