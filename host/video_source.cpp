@@ -1,5 +1,6 @@
 #include "video_source.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include "gst_frame.hpp"
 #include "gstreamer.hpp"
 #include "source_failure.hpp"
+#include "text.hpp"
 
 namespace qel::host {
 namespace {
@@ -20,6 +22,8 @@ constexpr GstClockTime PollTime = 50 * GST_MSECOND;
 constexpr int PatienceAfterError = 40;
 /// How many polls a file may be read by nobody. Some demuxers give a broken file up without a word.
 constexpr int PatienceWithRest = 20;
+/// By how much the video may end before the longest stream of its file does.
+constexpr std::chrono::milliseconds LeastShortfall{1000};
 
 GstPtr<GstCaps> WantedCaps(std::vector<media::ColourFormat> const& formats) {
     // GStreamer converts anything into the first; offered a list, it would choose what costs it least instead.
@@ -65,6 +69,8 @@ struct VideoSource::Impl {
     std::optional<Frame> first;
     geometry::Dimension<unsigned int, 2> firstSize;
     std::optional<std::uint64_t> expectedFrames;
+    std::chrono::nanoseconds duration{0};
+    bool readToEnd = false;
     double frameRate = 0;
 };
 
@@ -131,6 +137,7 @@ void VideoSource::Impl::AtEnd() {
     std::uint64_t const missing = location.file ? CountMissingBytes(*location.file) : 0;
     if (missing != 0) throw Error(DescribeCutShort(location.name, frames, missing));
     if (frames == 0) throw Error("'" + location.name + "' holds no video frames");
+    readToEnd = true;
 }
 
 VideoSource::Frame VideoSource::Impl::Wrap(GstSample* sample) {
@@ -162,9 +169,10 @@ media::TimePoint VideoSource::Impl::TimeOf(GstSample* sample) {
 void VideoSource::Impl::LearnLength() {
     if (info.fps_n <= 0 || info.fps_d <= 0) return;
     frameRate = static_cast<double>(info.fps_n) / info.fps_d;
-    gint64 duration = 0;
-    if (gst_element_query_duration(pipeline.Get(), GST_FORMAT_TIME, &duration) == FALSE || duration <= 0) return;
-    auto const count = std::llround(static_cast<double>(duration) / GST_SECOND * frameRate);
+    gint64 length = 0;
+    if (gst_element_query_duration(pipeline.Get(), GST_FORMAT_TIME, &length) == FALSE || length <= 0) return;
+    duration = std::chrono::nanoseconds(length);
+    auto const count = std::llround(static_cast<double>(length) / GST_SECOND * frameRate);
     if (count > 0) expectedFrames = static_cast<std::uint64_t>(count);
 }
 
@@ -176,6 +184,13 @@ VideoSource::~VideoSource() = default;
 std::optional<VideoSource::Frame> VideoSource::Read() {
     if (impl_->first) return std::exchange(impl_->first, std::nullopt);
     return impl_->Pull();
+}
+
+std::optional<std::string> VideoSource::GetWarning() const {
+    auto const end = impl_->lastTime + std::chrono::nanoseconds(std::llround(1e9 / std::max(impl_->frameRate, 1.0)));
+    if (!impl_->readToEnd || !impl_->location.file || impl_->duration - end < LeastShortfall) return std::nullopt;
+    return "'" + impl_->location.name + "' ends at " + FormatTime(end, 1) + ", but its headers promise " +
+           FormatTime(impl_->duration, 1) + ": it may be damaged";
 }
 
 Location const& VideoSource::GetLocation() const noexcept { return impl_->location; }

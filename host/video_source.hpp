@@ -34,6 +34,10 @@ public:
     /// A video that is damaged or cut short gives the frames it has, then throws Error.
     std::optional<Frame> Read();
 
+    /// What is odd about a file that was read to its end without an error, as one line: it ended well before the time
+    /// that its headers promise. Nothing when all is well.
+    std::optional<std::string> GetWarning() const;
+
     Location const& GetLocation() const noexcept;
     /// The size of the first frame; 0 x 0 when stop left none.
     geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept;

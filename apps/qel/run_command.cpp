@@ -184,6 +184,7 @@ int Run(Options const& options) {
     }
     if (!options.quiet) std::fputs(host::Summarise(report, location.name).c_str(), stderr);
     if (report.error) std::rethrow_exception(report.error);
+    if (auto const warning = source.GetWarning()) Say("warning: " + *warning);
     if (int const signal = interrupt.GetSignal(); signal != 0) return ReportInterruption(report, source, signal);
     return exit_code::Success;
 }

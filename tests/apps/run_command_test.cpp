@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 
@@ -240,6 +241,25 @@ TEST_F(QelRun, WritesWhatACutVideoHoldsBeforeItSaysSo) {
     std::size_t frames = 0;
     while (source.Read()) ++frames;
     EXPECT_EQ(frames, lines.size());
+}
+
+TEST_F(QelRun, WarnsOfAVideoThatEndsLongBeforeItsTime) {
+    WriteMovingSquare(video, {.width = 256, .height = 96, .frames = 100, .encoder = "videoconvert ! jpegenc ! avimux"});
+    std::string bytes = ReadFile(video);
+    // The frames from the middle on; the index behind them stays.
+    auto const index = bytes.rfind("idx1");
+    ASSERT_NE(index, std::string::npos);
+    std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(index / 2),
+              bytes.begin() + static_cast<std::ptrdiff_t>(index), '\xAB');
+    WriteFile(video, bytes);
+    Outcome const outcome = RunProgram(Arguments({"-q"}));
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_GT(SplitLines(outcome.output).size(), 30U);
+    EXPECT_LT(SplitLines(outcome.output).size(), 90U);
+    EXPECT_EQ(SplitLines(outcome.error).size(), 1U) << outcome.error;
+    EXPECT_THAT(outcome.error, StartsWith("qel: warning: '" + video + "' ends at 0:0"));
+    EXPECT_THAT(outcome.error, testing::EndsWith(", but its headers promise 0:10.0: it may be damaged\n"));
+    EXPECT_EQ(RunProgram(Arguments({"-q", "-n", "20"})).error, "");
 }
 
 TEST_F(QelRun, SaysThatAnOutputCannotBeWritten) {
