@@ -110,7 +110,7 @@ hash::MurmurThree32 FindAlgorithm(std::string_view name) {
     std::vector<Known> meant;
     for (Known const& entry : known) {
         if (entry.typeName == name) return entry.id;
-        if (EqualIgnoringCase(entry.typeName, name) || EqualIgnoringCase(GetShortName(entry.typeName), name)) {
+        if (IsSameName(entry.typeName, name) || IsSameName(GetShortName(entry.typeName), name)) {
             meant.push_back(entry);
         }
     }

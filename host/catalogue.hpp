@@ -40,7 +40,7 @@ std::vector<AlgorithmDescription> DescribeAlgorithms(inference::backend::Manager
 /// "inplace", "passthrough" or "transform".
 std::string GetKind(algorithm::video::Algorithm const& algorithm);
 
-/// The identifier of the algorithm that is meant by a type name, or by the last part of one; capitals do not matter.
+/// The identifier of the algorithm that is meant by a type name, or by the last part of one, as IsSameName compares.
 /// Throws UsageError, with the names that there are, when none or several are meant.
 hash::MurmurThree32 FindAlgorithm(std::string_view name);
 

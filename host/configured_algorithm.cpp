@@ -1,7 +1,5 @@
 #include "configured_algorithm.hpp"
 
-#include <algorithm>
-#include <cstring>
 #include <exception>
 
 #include "catalogue.hpp"
@@ -16,17 +14,22 @@ namespace {
 namespace video = algorithm::video;
 namespace node = configuration::node;
 
-using Writable = media::video::FrameBase<void>;
-
 }  // namespace
 
-ConfiguredAlgorithm::ConfiguredAlgorithm(hash::MurmurThree32 id, std::vector<Setting> const& settings)
-    : root_(node::Map::Make("")) {
+ConfiguredAlgorithm::ConfiguredAlgorithm(hash::MurmurThree32 id) : root_(node::Map::Make("")) {
     try {
         Make(id);
     } catch (std::exception const& error) {
         throw Error("cannot make the algorithm '" + name_ + "': " + error.what());
     }
+}
+
+ConfiguredAlgorithm::ConfiguredAlgorithm(hash::MurmurThree32 id, std::vector<Setting> const& settings)
+    : ConfiguredAlgorithm(id) {
+    Start(settings);
+}
+
+void ConfiguredAlgorithm::Start(std::vector<Setting> const& settings) {
     Apply(settings, *map_, "'" + name_ + "'");
     try {
         // Takes the registry's lock itself, so it must not be held here.
@@ -49,53 +52,26 @@ void ConfiguredAlgorithm::Make(hash::MurmurThree32 id) {
 }
 
 ConfiguredAlgorithm::Frame ConfiguredAlgorithm::Process(Frame const& frame, video::Result& result) {
+    WorkingFrame working;
+    working.Start(frame);
+    Process(working, result);
+    return working.Get();
+}
+
+void ConfiguredAlgorithm::Process(WorkingFrame& frame, video::Result& result) {
     try {
         // The kind is what the algorithm was made as; the class tells how to call it.
         if (auto* const reader = dynamic_cast<video::passthrough::Algorithm*>(algorithm_.get())) {
-            reader->Process(frame, result);
-            return frame;
+            return reader->Process(frame.Get(), result);
         }
         if (auto* const writer = dynamic_cast<video::inplace::Algorithm*>(algorithm_.get())) {
-            Writable copy = CopyFrame(frame);
-            writer->Process(copy, result);
-            return MakeReadOnly(copy);
+            auto pixels = frame.Change();
+            return writer->Process(pixels, result);
         }
     } catch (std::exception const& error) {
         throw Error("the algorithm '" + name_ + "' failed: " + error.what());
     }
     throw Error("the algorithm '" + name_ + "' is of a kind that cannot be run");
-}
-
-Writable CopyFrame(media::video::FrameBase<void const> const& frame) {
-    Writable copy(frame.GetColourFormat(), frame.GetSize(), frame.GetTimestamp(), frame.GetRotation());
-    for (std::size_t i = 0; i < Writable::MaxPlanes; ++i) {
-        auto const& from = frame.GetPlane(i);
-        auto const& to = copy.GetPlane(i);
-        if (!from || !to) continue;
-        auto const fromStride = static_cast<std::uint64_t>(from.GetStride());
-        auto const toStride = static_cast<std::uint64_t>(to.GetStride());
-        auto const* in = static_cast<std::uint8_t const*>(from.GetBuffer());
-        auto* out = static_cast<std::uint8_t*>(to.GetBuffer());
-        // The last row of the source may end with its last pixel.
-        std::uint64_t left = from.GetSize();
-        for (std::uint64_t row = 0; row < to.GetSize() / toStride; ++row) {
-            std::memcpy(out, in, std::min({toStride, fromStride, left}));
-            in += fromStride;
-            out += toStride;
-            left -= std::min(left, fromStride);
-        }
-    }
-    return copy;
-}
-
-media::video::FrameBase<void const> MakeReadOnly(Writable const& frame) {
-    media::video::FrameBase<void const>::Planes planes{};
-    for (std::size_t i = 0; i < planes.size(); ++i) {
-        auto const& plane = frame.GetPlane(i);
-        planes[i] = {plane.GetSize(), plane.GetBuffer(), plane.GetStride()};
-    }
-    return {planes,         frame.GetColourFormat(), frame.GetSize(), frame.GetTimestamp(), frame.GetRotation(),
-            frame.GetRef(), frame.GetUnref()};
 }
 
 }  // namespace qel::host

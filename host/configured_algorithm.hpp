@@ -13,6 +13,7 @@
 #include "qel/media/video/frame.hpp"
 #include "qel/type/binding.hpp"
 #include "setting.hpp"
+#include "working_frame.hpp"
 
 namespace qel::host {
 
@@ -21,17 +22,26 @@ class ConfiguredAlgorithm {
 public:
     using Frame = media::video::FrameBase<void const>;
 
-    /// Makes the configuration, applies the settings to it, makes the algorithm and binds the two.
-    /// Throws UsageError for a wrong setting, Error when the algorithm cannot be made.
+    /// Makes the algorithm and its configuration. Throws Error when that cannot be done.
+    explicit ConfiguredAlgorithm(hash::MurmurThree32 id);
+    /// The same, and starts it.
     ConfiguredAlgorithm(hash::MurmurThree32 id, std::vector<Setting> const& settings);
 
+    /// Applies the settings to the configuration and binds the algorithm to it. Throws UsageError for a wrong setting.
+    void Start(std::vector<Setting> const& settings);
+
+    /// The last part of the algorithm's type name.
+    std::string const& GetName() const noexcept { return name_; }
     /// The nodes of the algorithm's properties; a change takes effect on the next frame.
     configuration::node::Map& GetConfiguration() noexcept { return *map_; }
+    std::shared_ptr<algorithm::video::Algorithm> GetAlgorithm() const noexcept { return algorithm_; }
     std::vector<media::ColourFormat> const& GetColourFormats() const { return algorithm_->GetSupportedColourFormats(); }
 
     /// Has the algorithm look at a frame and add to the result; returns the frame as the algorithm leaves it: itself,
     /// or a copy where the algorithm works on the pixels. Throws Error with what the algorithm throws.
     Frame Process(Frame const& frame, algorithm::video::Result& result);
+    /// The same with a frame that is copied only where others hold its pixels.
+    void Process(WorkingFrame& frame, algorithm::video::Result& result);
 
 private:
     void Make(hash::MurmurThree32 id);
@@ -44,11 +54,5 @@ private:
     // The last member: what follows the configuration lets go before the algorithm does.
     std::vector<type::Binding> bindings_;
 };
-
-/// A frame with pixels of its own, which may be written.
-media::video::FrameBase<void> CopyFrame(media::video::FrameBase<void const> const& frame);
-
-/// The same frame, to be read only; shares the pixels.
-media::video::FrameBase<void const> MakeReadOnly(media::video::FrameBase<void> const& frame);
 
 }  // namespace qel::host

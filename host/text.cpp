@@ -111,7 +111,14 @@ std::string FindNearest(std::string_view name, std::vector<std::string> const& k
     return nearest;
 }
 
-bool EqualIgnoringCase(std::string_view left, std::string_view right) { return ToLower(left) == ToLower(right); }
+bool IsSameName(std::string_view left, std::string_view right) {
+    auto const letters = [](std::string_view name) {
+        std::string text = ToLower(name);
+        std::erase_if(text, [](char c) { return c == '_' || c == '-'; });
+        return text;
+    };
+    return letters(left) == letters(right);
+}
 
 std::string Join(std::vector<std::string> const& names) {
     std::string text;

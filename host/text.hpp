@@ -21,8 +21,9 @@ std::string FormatNumber(double value, int decimals);
 /// the given one, capitals not told apart; the first of several, empty without any.
 std::string FindNearest(std::string_view name, std::vector<std::string> const& known);
 
-/// Whether two texts are the same, capitals of ASCII letters not told apart.
-bool EqualIgnoringCase(std::string_view left, std::string_view right);
+/// Whether two names are the same, neither capitals of ASCII letters nor underscores and hyphens being told apart:
+/// "privacy_mask" is "PrivacyMask".
+bool IsSameName(std::string_view left, std::string_view right);
 
 /// The names as one text, separated by a comma and a blank.
 std::string Join(std::vector<std::string> const& names);

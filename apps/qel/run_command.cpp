@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "algorithm_chain.hpp"
 #include "annotation_sink.hpp"
 #include "calibration/calibration_file.hpp"
 #include "calibration/ground_grid.hpp"
 #include "calibration/object_measurer.hpp"
 #include "catalogue.hpp"
 #include "command.hpp"
-#include "configured_algorithm.hpp"
 #include "error.hpp"
 #include "interrupt.hpp"
 #include "json_lines_sink.hpp"
@@ -26,7 +26,7 @@ namespace {
 
 struct Options {
     std::string video;
-    std::string algorithm = "motion";
+    std::vector<std::string> algorithms{"motion"};
     std::vector<std::string> settings;
     std::string output = "-";
     std::string annotate;
@@ -41,10 +41,15 @@ void AddOptions(CLI::App& command, Options& options) {
     command.add_option("VIDEO", options.video, "The video: a file, or a URI that GStreamer opens (rtsp://...)")
         ->required();
     command
-        .add_option("-a,--algorithm", options.algorithm,
-                    "Which algorithm to run: its type name, or the last part of it")
-        ->capture_default_str();
-    command.add_option("-s,--set", options.settings, "Sets a property of the algorithm; may be repeated")
+        .add_option("-a,--algorithm", options.algorithms,
+                    "Which algorithm to run: its type name, or the last part of it; may be repeated, they run in order")
+        ->default_str("motion")
+        ->take_all()
+        ->expected(1)
+        ->allow_extra_args(false);
+    command
+        .add_option("-s,--set", options.settings,
+                    "Sets a property, or ALGORITHM.NAME where several have one of that name; may be repeated")
         ->type_name("NAME=VALUE")
         ->take_all()
         ->expected(1)
@@ -74,6 +79,8 @@ void AddOptions(CLI::App& command, Options& options) {
         "Examples:\n"
         "  qel run street.avi > street.jsonl\n"
         "  qel run street.avi --output street.jsonl --annotate street.mp4 --snapshot street.png\n"
+        "  qel run street.avi --algorithm motion --algorithm privacy_mask --set mask_motion=shapes --annotate "
+        "safe.mp4\n"
         "  qel run rtsp://camera/stream --set threshold=4 --max-frames 1000\n\n"
         "Properties are listed by: qel algorithms\n\n"
         "With --calibration each object gets ground_x_m, ground_y_m, distance_m and height_m, or measurement_error "
@@ -145,14 +152,18 @@ int ReportInterruption(host::RunReport const& report, host::VideoSource const& s
     return 128 + signal;
 }
 
+host::AlgorithmChain MakeAlgorithms(Options const& options) {
+    std::vector<hash::MurmurThree32> ids;
+    for (std::string const& name : options.algorithms) ids.push_back(host::FindAlgorithm(name));
+    std::vector<host::Setting> settings;
+    for (std::string const& text : options.settings) settings.push_back(host::ParseSetting(text));
+    return {ids, settings};
+}
+
 int Run(Options const& options) {
     LoadPluginsOrWarn();
     host::Interrupt const interrupt;
-    host::ConfiguredAlgorithm algorithm(host::FindAlgorithm(options.algorithm), [&] {
-        std::vector<host::Setting> settings;
-        for (std::string const& text : options.settings) settings.push_back(host::ParseSetting(text));
-        return settings;
-    }());
+    host::AlgorithmChain algorithms = MakeAlgorithms(options);
     std::optional<host::calibration::Calibration> calibration;
     std::optional<host::calibration::ObjectMeasurer> measurer;
     if (!options.calibration.empty()) {
@@ -161,7 +172,7 @@ int Run(Options const& options) {
     }
     host::Location const location = host::Locate(options.video);
     CheckOutputs(options, location);
-    host::VideoSource source(location, algorithm.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; });
+    host::VideoSource source(location, algorithms.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; });
 
     host::RunReport report;
     {
@@ -170,7 +181,7 @@ int Run(Options const& options) {
             .source = source,
             .analyse =
                 [&](host::VideoSource::Frame const& frame, algorithm::video::Result& result) {
-                    auto shown = algorithm.Process(frame, result);
+                    auto shown = algorithms.Process(frame, result);
                     auto const size = frame.GetSize();
                     if (measurer) measurer->Measure(result, {int(size.width), int(size.height)});
                     return shown;
@@ -192,7 +203,7 @@ int Run(Options const& options) {
 }  // namespace
 
 std::function<int()> AddRunCommand(CLI::App& program) {
-    CLI::App* const command = program.add_subcommand("run", "Runs an algorithm on a video and writes what it finds");
+    CLI::App* const command = program.add_subcommand("run", "Runs algorithms on a video and writes what they find");
     auto const options = std::make_shared<Options>();
     AddOptions(*command, *options);
     return [options] { return Run(*options); };
