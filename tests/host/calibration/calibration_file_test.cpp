@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <functional>
+#include <random>
+#include <string_view>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,6 +97,43 @@ TEST(CalibrationFile, IsRefusedWithThePlaceOfWhatIsWrong) {
         {"{\"tilt\":1e999,\"roll\":2,\"height_m\":3,\"vertical_fov\":4}", "c.json:1:"},
     };
     for (Case const& c : Cases) EXPECT_THAT(ErrorIn(c.text), HasSubstr(c.error)) << c.text;
+}
+
+TEST(CalibrationFile, IsReadOrRefusedHoweverItIsDamaged) {
+    std::string const whole = FormatCalibration({{16.877, -2.224, 7.066, 27.324}, Errors});
+    std::mt19937 random(17);
+    int refused = 0;
+    for (int round = 0; round < 5000; ++round) {
+        std::string text = whole;
+        for (int change = 0; change < 1 + round % 3; ++change) {
+            constexpr std::string_view Bytes = "{}[]:,\"\\ \n0123456789-+.eEtrufalsn\0\xff";
+            std::size_t const at = random() % text.size();
+            switch (random() % 4) {
+                case 0:
+                    text.erase(at, 1 + random() % 8);
+                    break;
+                case 1:
+                    text.insert(at, 1, Bytes[random() % Bytes.size()]);
+                    break;
+                case 2:
+                    text[at] = Bytes[random() % Bytes.size()];
+                    break;
+                default:
+                    text.insert(at, text.substr(random() % text.size(), random() % 40));
+            }
+            if (text.empty()) text.push_back('x');
+        }
+        try {
+            Calibration const calibration = ParseCalibration("c.json", text);
+            EXPECT_EQ(ToArray(ParseCalibration("c.json", FormatCalibration(calibration)).mounting),
+                      ToArray(calibration.mounting));
+        } catch (Error const& error) {
+            ++refused;
+            EXPECT_THAT(error.what(), testing::StartsWith("c.json:"));
+        }
+    }
+    EXPECT_GT(refused, 2000);
+    EXPECT_LT(refused, 5000);
 }
 
 TEST(CalibrationFile, IsReplacedInOneStep) {
