@@ -48,6 +48,13 @@ void AddOptions(CLI::App& command, Options& options) {
         "  qel measure --calibration camera.json --size 768x576 --foot 250,420 --pixels 85");
 }
 
+calibration::Pixel ParseInside(std::string const& option, std::string const& text, calibration::Size size) {
+    calibration::Pixel const pixel = ParsePixel(option, text);
+    bool const isInside = pixel.x >= 0 && pixel.x <= size.width && pixel.y >= 0 && pixel.y <= size.height;
+    if (!isInside) throw host::UsageError(option + ": " + text + " lies outside the picture");
+    return pixel;
+}
+
 void Print(char const* kind, calibration::Measurement const& measurement, bool json) {
     if (json) {
         std::printf("{\"%s_m\":%.6g,\"plus_minus_m\":%.3g}\n", kind, measurement.metres, measurement.GetPlusMinus());
@@ -63,10 +70,10 @@ int Run(Options const& options) {
     auto const size = ParseSize("--size", options.size);
     calibration::Measurer const measurer(calibration::ReadCalibration(options.calibration), size, options.clickError);
     if (options.foot.empty()) {
-        auto const from = ParsePixel("--from", options.from), to = ParsePixel("--to", options.to);
+        auto const from = ParseInside("--from", options.from, size), to = ParseInside("--to", options.to, size);
         Print("distance", measurer.GetDistance(from, to), options.json);
     } else {
-        Print("height", measurer.GetHeight(ParsePixel("--foot", options.foot), options.pixels), options.json);
+        Print("height", measurer.GetHeight(ParseInside("--foot", options.foot, size), options.pixels), options.json);
     }
     if (std::fflush(stdout) != 0) throw host::Error("cannot write the standard output");
     return exit_code::Success;

@@ -91,6 +91,9 @@ TEST_F(QelMeasure, RefusesWrongUseInOneLine) {
         {{"--from", "1,2", "--to", "3,nan"},
          "qel: --to: expected a position in pixels such as 120,400.5, not '3,nan'\n"},
         {{"--foot", "1,2,3", "--pixels", "3"}, "qel: --foot: expected a position in pixels such as"},
+        {{"--from", "769,2", "--to", "3,4"}, "qel: --from: 769,2 lies outside the picture\n"},
+        {{"--from", "1,2", "--to", "3,-0.5"}, "qel: --to: 3,-0.5 lies outside the picture\n"},
+        {{"--foot", "1,577", "--pixels", "3"}, "qel: --foot: 1,577 lies outside the picture\n"},
         {{"--foot", "1,2", "--pixels", "-3"}, "--pixels"},
         {{"--from", "1,2", "--to", "3,4", "--click-error", "-1"}, "--click-error"},
     };
