@@ -1,5 +1,6 @@
 // The region of a polygon set, by Boost.Polygon: an exclusive or of one polygon after the other, cut by level lines.
-// Polygons whose bounding boxes keep a distance cannot meet and are combined and cut by themselves.
+// Polygons whose bounding boxes keep a distance cannot meet and are combined and cut by themselves; a convex one that
+// stands alone needs no combining.
 #include "bit_mask/trapezoids.hpp"
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <numeric>
 
 #include <boost/polygon/polygon.hpp>
+
+#include "bit_mask/convex_trapezoids.hpp"
 
 namespace boost::polygon {
 
@@ -132,6 +135,11 @@ std::vector<Polygon<int>> GetTrapezoids(boost::span<Polygon<int> const> polygons
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return groups[a] < groups[b]; });
     std::vector<Polygon<int>> trapezoids;
     for (auto first = order.begin(); first != order.end();) {
+        bool const alone = first + 1 == order.end() || groups[*(first + 1)] != groups[*first];
+        if (alone && AppendConvexTrapezoids(polygons[*first], trapezoids)) {
+            ++first;
+            continue;
+        }
         boost::polygon::polygon_set_data<int> region;
         std::size_t const group = groups[*first];
         for (; first != order.end() && groups[*first] == group; ++first) region ^= polygons[*first];
