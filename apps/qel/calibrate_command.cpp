@@ -54,11 +54,12 @@ void AddOptions(CLI::App& command, Options& options) {
         ->type_name("FILE");
     command.footer(
         "A length known to about 5 cm is written 1.75~0.05. The file of references holds the same:\n"
-        "  {\"size\": [768, 576], \"ground\": [{\"from\": [120, 400], \"to\": [380, 410], \"metres\": 5.2}],\n"
-        "   \"vertical\": [{\"foot\": [250, 420], \"top\": [250, 335], \"metres\": 1.75, \"tolerance\": 0.05}]}\n\n"
+        "  {\"size\": [768, 576], \"ground\": [{\"from\": [141, 385], \"to\": [562, 349], \"metres\": 7.1}],\n"
+        "   \"vertical\": [{\"foot\": [278, 321], \"top\": [278, 230], \"metres\": 1.75, \"tolerance\": 0.05}],\n"
+        "   \"fixed\": {\"roll\": 0}, \"click_error\": 1}\n\n"
         "Example:\n"
-        "  qel calibrate --size 768x576 --ground 120,400:380,410=5.2 --ground 380,410:300,300=7.9 \\\n"
-        "    --vertical 250,420:250,335=1.75~0.05 --fix roll=0 --output camera.json");
+        "  qel calibrate --size 768x576 --ground 141,385:562,349=7.1 --ground 562,349:526,186=13.0 \\\n"
+        "    --vertical 278,321:278,230=1.75~0.05 --fix roll=0 --fix vertical_fov=27.3 --output camera.json");
 }
 
 Problem MakeProblem(Options const& options) {
