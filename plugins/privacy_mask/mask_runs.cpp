@@ -9,6 +9,13 @@ namespace {
 
 using algorithm::BitMask;
 
+/// In one go over the row, without a branch a word.
+bool IsEmpty(std::uint32_t const* row, std::size_t words) {
+    std::uint32_t any = 0;
+    for (std::size_t i = 0; i < words; ++i) any |= row[i];
+    return any == 0;
+}
+
 /// Pixel i of the result, of 16 in the lower half, is set when pixel 2 i or 2 i + 1 of the word is.
 std::uint32_t HalveWord(std::uint32_t word) {
     std::uint32_t bits = ((word | word << 1) >> 1) & 0x55555555U;
@@ -42,6 +49,7 @@ void FindRuns(BitMask const& mask, std::vector<PixelRun>& runs) {
     std::size_t const stride = mask.GetStride();
     std::uint32_t const* word = mask.GetData().data();
     for (unsigned int row = 0; row < mask.GetSize().height; ++row, word += stride) {
+        if (IsEmpty(word, stride)) continue;
         std::size_t const rowStart = runs.size();
         for (std::size_t i = 0; i < stride; ++i) {
             if (word[i] != 0) AddRuns(word[i], row, static_cast<unsigned int>(32 * i), rowStart, runs);
@@ -55,6 +63,7 @@ void Halve(BitMask const& mask, BitMask& half) {
     std::size_t const stride = mask.GetStride(), halfStride = half.GetStride();
     for (unsigned int y = 0; y < height; ++y) {
         std::uint32_t const* const row = mask.GetData().data() + y * stride;
+        if (IsEmpty(row, stride)) continue;
         std::uint32_t* const out = half.GetData().data() + y / 2 * halfStride;
         for (std::size_t i = 0; i < stride; ++i) {
             if (row[i] != 0) out[i / 2] |= HalveWord(row[i]) << (i % 2 == 0 ? 16 : 0);

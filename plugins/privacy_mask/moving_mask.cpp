@@ -45,14 +45,23 @@ void MovingMask::AddShapes(BitMask& mask, BitMask const& foreground, std::uint32
         throw std::invalid_argument(text.str());
     }
     auto const& words = foreground.GetData();
-    if (std::all_of(words.begin(), words.end(), [](std::uint32_t word) { return word == 0; })) return;
+    auto const isSet = [](std::uint32_t word) { return word != 0; };
+    auto const firstWord = std::find_if(words.begin(), words.end(), isSet);
+    if (firstWord == words.end()) return;
+    auto const lastWord = std::find_if(words.rbegin(), words.rend(), isSet);
     grown_ = foreground;
     ClearPadding(grown_);
     scratch_.Resize(mask.GetSize());
+    // Only the rows that can be reached.
+    std::size_t const stride = mask.GetStride();
+    std::size_t const first = static_cast<std::size_t>(firstWord - words.begin()) / stride;
+    std::size_t const last = static_cast<std::size_t>(words.rend() - lastWord - 1) / stride;
+    std::size_t const from = first - std::min<std::size_t>(first, margin);
+    std::size_t const rows = std::min<std::size_t>(last + margin + 1, mask.GetSize().height) - from;
     // What spreads into the padding comes back no further than it would have got inside.
     for (std::uint32_t i = 0; i < margin; ++i) {
-        algorithm::bit_mask::Dilate8Way(grown_.GetData().data(), scratch_.GetData().data(), mask.GetSize().height,
-                                        mask.GetStride());
+        algorithm::bit_mask::Dilate8Way(grown_.GetData().data() + from * stride,
+                                        scratch_.GetData().data() + from * stride, rows, stride);
         grown_.GetData().swap(scratch_.GetData());
     }
     ClearPadding(grown_);

@@ -158,6 +158,27 @@ TEST_F(QelRun, ShowsAProgressBarOnATerminalOnly) {
     EXPECT_THAT(RunProgram(Arguments({"-o", directory / "o"})).error, testing::Not(HasSubstr("\r")));
 }
 
+TEST_F(QelRun, RunsSeveralAlgorithmsInOrder) {
+    auto const linesOf = [&](std::vector<std::string> const& more) {
+        std::vector<std::string> arguments{"run", video, "-q"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        Outcome const outcome = RunProgram(arguments);
+        EXPECT_EQ(outcome.error, "");
+        EXPECT_EQ(outcome.exitCode, 0);
+        return SplitLines(outcome.output);
+    };
+    auto const lines = linesOf({"-a", "threshold", "-a", "invert"});
+    ASSERT_EQ(lines.size(), 20U);
+    for (unsigned int i = 0; i < 20; ++i) EXPECT_EQ(lines[i], SquareLine(video, i));
+    // Once it is inverted, all but the square is bright; its edges are blurred by the compression.
+    auto const inverted = linesOf({"-a", "invert", "--algorithm", "threshold", "-s", "threshold.threshold=100"});
+    ASSERT_EQ(inverted.size(), 20U);
+    EXPECT_NEAR(json::parse(inverted[0]).at("objects").as_array().at(0).at("area").to_number<int>(), 64 * 48 - 64, 40);
+    ExpectRefused({"run", video, "-a", "threshold", "-a", "fail"}, 2,
+                  "no colour format is accepted by all of the algorithms 'Threshold', 'Fail'");
+    ExpectRefused({"run", video, "-a", "threshold", "-a", "Threshold"}, 2, "the algorithm 'Threshold' is named twice");
+}
+
 TEST_F(QelRun, RefusesWhatItDoesNotKnow) {
     ExpectRefused({"run", video}, 2, "unknown algorithm 'motion' (known: test.Fail, test.Invert, test.Threshold)");
     ExpectRefused({"run", video, "-a", "test"}, 2,
