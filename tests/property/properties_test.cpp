@@ -13,27 +13,19 @@
 #include "property/tank.hpp"
 #include "qel/configuration/node/map.hpp"
 #include "qel/configuration/node/primitive.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::property {
 namespace {
 
 using configuration::node::Map;
 using configuration::node::Primitive;
+using qel::test::MessageOf;
 using test::Base;
 using test::ChangesSchema;
 using test::LevelSchema;
 using test::ModeSchema;
 using test::Tank;
-
-template <class Error>
-std::string ErrorOf(auto const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 std::shared_ptr<void> Untyped(std::shared_ptr<Tank> const& tank) { return std::shared_ptr<Base>(tank); }
 
@@ -66,15 +58,15 @@ TEST(Properties, ListsAllInTheOrderOfTheSchemas) {
 
 TEST(Properties, RefusesAnUnknownNameWithTheNamesThereAre) {
     Properties const properties(Untyped(std::make_shared<Tank>()), AllSchemas());
-    EXPECT_EQ(ErrorOf<std::out_of_range>([&] { properties["levels"]; }),
+    EXPECT_EQ(MessageOf<std::out_of_range>([&] { properties["levels"]; }),
               "There is no property 'levels', only: level, mode, changes");
     Properties const none(Untyped(std::make_shared<Tank>()), {});
-    EXPECT_EQ(ErrorOf<std::out_of_range>([&] { none[""]; }), "There is no property '', only: none");
+    EXPECT_EQ(MessageOf<std::out_of_range>([&] { none[""]; }), "There is no property '', only: none");
 }
 
 TEST(Properties, RefusesTwoSchemasOfOneName) {
     std::weak_ptr<Tank> watch;
-    EXPECT_EQ(ErrorOf<std::invalid_argument>([&] {
+    EXPECT_EQ(MessageOf<std::invalid_argument>([&] {
                   auto const tank = std::make_shared<Tank>();
                   watch = tank;
                   Properties(Untyped(tank), {LevelSchema(), ModeSchema(), LevelSchema()});
@@ -87,7 +79,7 @@ TEST(Properties, WithoutAnOwnerIsFalseAndCannotBeUsed) {
     Binder binder(MakeMap());
     Properties const properties(binder, nullptr, AllSchemas());
     EXPECT_FALSE(properties);
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { properties["level"].Set(1.0); }), "level: the property has no owner");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { properties["level"].Set(1.0); }), "level: the property has no owner");
 }
 
 TEST(Properties, WithoutSchemasIsStillUsable) { EXPECT_TRUE(Properties(Untyped(std::make_shared<Tank>()), {})); }

@@ -12,6 +12,7 @@
 #include "property/tank.hpp"
 #include "qel/configuration/node/dynamic_enum.hpp"
 #include "qel/configuration/node/primitive.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::property {
 namespace {
@@ -19,21 +20,12 @@ namespace {
 using configuration::Range;
 using configuration::node::DynamicEnum;
 using configuration::node::Primitive;
+using qel::test::MessageOf;
 using test::Base;
 using test::ChangesSchema;
 using test::LevelSchema;
 using test::ModeSchema;
 using test::Tank;
-
-template <class Error>
-std::string ErrorOf(auto const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 void* Untyped(Tank& tank) { return static_cast<Base*>(&tank); }
 
@@ -96,7 +88,7 @@ TEST(Property, ParsesTexts) {
 TEST(Property, IsReadAsTheTypeItHas) {
     Tank tank;
     Property const level(LevelSchema(), Untyped(tank));
-    EXPECT_EQ(ErrorOf<object::BadCast>([&] { level.Get<std::string>(); }),
+    EXPECT_EQ(MessageOf<object::BadCast>([&] { level.Get<std::string>(); }),
               "Failed to cast the runtime object from 'qel.object.Double' to a 'qel.object.String'");
 }
 
@@ -115,7 +107,7 @@ TEST(Property, RefusesValuesThatAreNotAllowedAndChangesNothing) {
     Property level(SetOnlySchema(), Untyped(tank));
     for (Case const& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(ErrorOf<std::out_of_range>([&] { level.Set(c.value); }), c.error);
+        EXPECT_EQ(MessageOf<std::out_of_range>([&] { level.Set(c.value); }), c.error);
         EXPECT_EQ(level.Get<double>(), 1.0);
         EXPECT_EQ(tank.GetChanges(), 0U);
     }
@@ -127,7 +119,7 @@ TEST(Property, RefusesValuesThatAreNotAllowedAndChangesNothing) {
 TEST(Property, RefusesATextThatIsNoChoiceAndNamesTheChoices) {
     Tank tank;
     Property mode(ModeSchema(), Untyped(tank));
-    std::string const error = ErrorOf<std::out_of_range>([&] { mode.Set("medium"); });
+    std::string const error = MessageOf<std::out_of_range>([&] { mode.Set("medium"); });
     for (char const* const part : {"mode", "medium", "fast", "slow"}) {
         EXPECT_NE(error.find(part), std::string::npos) << error;
     }
@@ -145,7 +137,7 @@ TEST(Property, RefusesAValueOfAnotherType) {
 TEST(Property, ThatIsReadOnlyRefusesEveryValueWithItsNameAndTheValue) {
     Tank tank;
     Property changes(ChangesSchema(), Untyped(tank));
-    auto const refuse = [&](auto const& value) { return ErrorOf<std::logic_error>([&] { changes.Set(value); }); };
+    auto const refuse = [&](auto const& value) { return MessageOf<std::logic_error>([&] { changes.Set(value); }); };
     auto const text = [](std::string const& value) {
         return "changes: the value " + value + " cannot be set, the property is read only";
     };
@@ -162,15 +154,15 @@ TEST(Property, PassesOnWhatTheSetterThrowsAndKeepsItsValue) {
     Tank tank;
     Property level(SetOnlySchema(), Untyped(tank));
     level.Set(4.0);
-    EXPECT_EQ(ErrorOf<std::runtime_error>([&] { level.Set(9.0); }), "the tank does not like 9");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { level.Set(9.0); }), "the tank does not like 9");
     EXPECT_EQ(level.Get<double>(), 4.0);
 }
 
 TEST(Property, WithoutAnOwnerCanBeNeitherReadNorWritten) {
     Property level(LevelSchema(), nullptr, Primitive<double>::Make("level", "", 3.0));
     EXPECT_FALSE(level.IsBound());
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { level.GetValue(); }), "level: the property has no owner");
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { level.Set(1.0); }), "level: the property has no owner");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { level.GetValue(); }), "level: the property has no owner");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { level.Set(1.0); }), "level: the property has no owner");
     level.Publish();
 }
 
@@ -266,7 +258,7 @@ TEST_F(BoundProperty, PublishesWhatItsOwnerChangedByItselfWithoutAnEcho) {
 
 TEST_F(BoundProperty, ASetterThatThrowsLeavesEverythingAsItWas) {
     ExpectCalls(1, 0);
-    EXPECT_EQ(ErrorOf<std::runtime_error>([&] { level_.Set(9.0); }), "the tank does not like 9");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { level_.Set(9.0); }), "the tank does not like 9");
     ExpectEverywhere(3);
     ExpectCalls(1, 0);
     EXPECT_EQ(node_->GetStaged(), nullptr);
@@ -275,7 +267,7 @@ TEST_F(BoundProperty, ASetterThatThrowsLeavesEverythingAsItWas) {
 }
 
 TEST_F(BoundProperty, ASetterThatThrowsForAChangeOfTheNodeTellsWhoeverMadeIt) {
-    EXPECT_EQ(ErrorOf<std::runtime_error>([&] { node_->Set(9.0); }), "the tank does not like 9");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { node_->Set(9.0); }), "the tank does not like 9");
     EXPECT_EQ(level_.Get<double>(), 3.0);
     EXPECT_EQ(node_->Get(), 9.0);
     node_->Set(3.0);
@@ -286,7 +278,8 @@ TEST_F(BoundProperty, ASetterThatThrowsForAChangeOfTheNodeTellsWhoeverMadeIt) {
 
 TEST_F(BoundProperty, AValueOfTheNodeThatIsNotAllowedTellsWhoeverSetIt) {
     ExpectCalls(1, 0);
-    EXPECT_EQ(ErrorOf<std::out_of_range>([&] { node_->Set(11.0); }), "level: the value 11 is out of the range 0 to 10");
+    EXPECT_EQ(MessageOf<std::out_of_range>([&] { node_->Set(11.0); }),
+              "level: the value 11 is out of the range 0 to 10");
     EXPECT_EQ(level_.Get<double>(), 3.0);
     ExpectCalls(0, 1);
 }
@@ -305,7 +298,7 @@ TEST(Property, RefusesWhatItsNodeRefuses) {
     Tank tank;
     auto const node = Primitive<double>::Make("level", "", 3.0, {}, Range{2.0, 4.0});
     Property level(LevelSchema(), Untyped(tank), node);
-    EXPECT_EQ(ErrorOf<std::out_of_range>([&] { level.Set(5.0); }), "level: the value 5 is out of the range 2 to 4");
+    EXPECT_EQ(MessageOf<std::out_of_range>([&] { level.Set(5.0); }), "level: the value 5 is out of the range 2 to 4");
     EXPECT_EQ(tank.GetLevel(), 3);
     EXPECT_EQ(tank.GetChanges(), 1U);
 }
@@ -313,7 +306,7 @@ TEST(Property, RefusesWhatItsNodeRefuses) {
 TEST(Property, RefusesANodeOfAnotherType) {
     Tank tank;
     auto const node = Primitive<std::string>::Make("level", "", "3");
-    EXPECT_EQ(ErrorOf<object::BadCast>([&] { Property(LevelSchema(), Untyped(tank), node); }),
+    EXPECT_EQ(MessageOf<object::BadCast>([&] { Property(LevelSchema(), Untyped(tank), node); }),
               "Failed to cast the runtime object from 'qel.configuration.node.String' to a "
               "'qel.configuration.node.Double'");
     EXPECT_EQ(tank.GetChanges(), 0U);

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "property/tank.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::property {
 namespace {
@@ -17,18 +18,9 @@ using configuration::Property;
 using configuration::Range;
 using configuration::Validator;
 using configuration::node::Option;
+using qel::test::MessageOf;
 using test::Base;
 using test::Tank;
-
-template <class Error>
-std::string ErrorOf(auto const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 configuration::Schema Level(double standard = 1.0, Validator limits = Range{0.0, 10.0}) {
     return {"level", "how full", standard, {}, std::move(limits)};
@@ -54,7 +46,7 @@ TEST(PropertySchema, IsReadOnlyWithoutASetterOrWithTheOption) {
 }
 
 TEST(PropertySchema, RefusesAValueWithoutADefault) {
-    EXPECT_EQ(ErrorOf<std::invalid_argument>([] { Schema(configuration::Schema("level", ""), Ignore); }),
+    EXPECT_EQ(MessageOf<std::invalid_argument>([] { Schema(configuration::Schema("level", ""), Ignore); }),
               "level: the property has no default");
 }
 
@@ -69,7 +61,7 @@ TEST(PropertySchema, IsMadeOfAConfigurationPropertyByItsSchemaOfTheSameName) {
 }
 
 TEST(PropertySchema, RefusesAConfigurationPropertyWithoutASchemaOfItsName) {
-    EXPECT_EQ(ErrorOf<std::invalid_argument>([] {
+    EXPECT_EQ(MessageOf<std::invalid_argument>([] {
                   Schema(Property{"level", {{"other", "", 1}}, Ignore});
               }),
               "level: the property has no schema of its own name");

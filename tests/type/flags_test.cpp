@@ -5,21 +5,16 @@
 
 #include <gtest/gtest.h>
 
+#include "support/message_of.hpp"
+
 namespace qel::type {
 namespace {
+
+using qel::test::MessageOf;
 
 enum class Letter { A, B, C, D, Last = 63, Past = 64 };
 using Wide = Flags<Letter>;
 using Narrow = Flags<Letter, unsigned short, 64>;
-
-std::string ErrorOf(auto const& action) {
-    try {
-        action();
-    } catch (std::out_of_range const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 TEST(Flags, HoldsTheEnumeratorOfValuePAsBitP) {
     EXPECT_EQ(Wide().GetValue(), 0U);
@@ -40,16 +35,17 @@ TEST(Flags, SetsTestsAndResets) {
 }
 
 TEST(Flags, RefusesAPositionPastTheEndInTheWordsOfABitset) {
-    EXPECT_EQ(ErrorOf([] { Wide().Set(Letter::Past); }), "bitset::set: __position (which is 64) >= _Nb (which is 64)");
-    EXPECT_EQ(ErrorOf([] { Wide().Reset(static_cast<Letter>(70)); }),
+    EXPECT_EQ(MessageOf<std::out_of_range>([] { Wide().Set(Letter::Past); }),
+              "bitset::set: __position (which is 64) >= _Nb (which is 64)");
+    EXPECT_EQ(MessageOf<std::out_of_range>([] { Wide().Reset(static_cast<Letter>(70)); }),
               "bitset::reset: __position (which is 70) >= _Nb (which is 64)");
-    EXPECT_EQ(ErrorOf([] { Wide().Set(static_cast<Letter>(-1)); }),
+    EXPECT_EQ(MessageOf<std::out_of_range>([] { Wide().Set(static_cast<Letter>(-1)); }),
               "bitset::set: __position (which is 18446744073709551615) >= _Nb (which is 64)");
     EXPECT_FALSE(Wide(~0ULL).Test(Letter::Past));
 }
 
 TEST(Flags, RefusesAPositionThatTheWordHasNoBitFor) {
-    EXPECT_EQ(ErrorOf([] { Narrow().Set(static_cast<Letter>(16)); }),
+    EXPECT_EQ(MessageOf<std::out_of_range>([] { Narrow().Set(static_cast<Letter>(16)); }),
               "bitset::set: __position (which is 16) >= _Nb (which is 16)");
     EXPECT_EQ(Narrow().Set(static_cast<Letter>(15)).GetValue(), 0x8000U);
     EXPECT_FALSE(Narrow(0xffff).Test(Letter::Last));

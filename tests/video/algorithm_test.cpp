@@ -9,12 +9,14 @@
 
 #include "qel/algorithm/video/inplace/algorithm.hpp"
 #include "qel/algorithm/video/passthrough/algorithm.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::algorithm::video {
 namespace {
 
 using hash::MurmurThree32;
 using media::ColourFormat;
+using qel::test::MessageOf;
 using Formats = std::vector<ColourFormat>;
 
 constexpr MurmurThree32 Id("qel.algorithm.video.Test");
@@ -29,16 +31,6 @@ Algorithm MakeOffline() {
 
 /// Leaves algorithm moved-from, whatever it was.
 void Empty(Algorithm& algorithm) { Algorithm const taken(std::move(algorithm)); }
-
-template <class Error>
-std::string ErrorOf(auto const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 TEST(VideoAlgorithm, HoldsWhatItWasMadeOf) {
     Algorithm const algorithm = Make();
@@ -75,9 +67,9 @@ TEST(VideoAlgorithm, IsOfTheKindOfItsTypeWhateverItsClass) {
 }
 
 TEST(VideoAlgorithm, RefusesATypeThatTheFlagSetHasNoBitFor) {
-    EXPECT_EQ(ErrorOf<std::out_of_range>([] { Algorithm(Id, static_cast<Type>(64), {ColourFormat::Grey8}); }),
+    EXPECT_EQ(MessageOf<std::out_of_range>([] { Algorithm(Id, static_cast<Type>(64), {ColourFormat::Grey8}); }),
               "bitset::set: __position (which is 64) >= _Nb (which is 64)");
-    EXPECT_EQ(ErrorOf<std::out_of_range>([] { Algorithm(Id, static_cast<Type>(0xffffffffU), {}); }),
+    EXPECT_EQ(MessageOf<std::out_of_range>([] { Algorithm(Id, static_cast<Type>(0xffffffffU), {}); }),
               "bitset::set: __position (which is 4294967295) >= _Nb (which is 64)");
 }
 
@@ -148,16 +140,16 @@ TEST(VideoAlgorithm, CopyAssignmentToAMovedFromObjectThrows) {
     Algorithm target = Make();
     Empty(target);
     Algorithm const source = Make();
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { target = source; }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { target = source; }), "Pimpl is null");
     EXPECT_EQ(target.GetTypeNameId(), MurmurThree32());
 }
 
 TEST(VideoAlgorithm, CopyingAMovedFromObjectThrowsAndLeavesTheTargetAlone) {
     Algorithm source = Make();
     Empty(source);
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { Algorithm{source}; }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { Algorithm{source}; }), "Pimpl is null");
     Algorithm target = MakeOffline();
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { target = source; }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { target = source; }), "Pimpl is null");
     EXPECT_EQ(target, Make());
     EXPECT_TRUE(target.GetOfflineModeEnabled());
 }
@@ -249,7 +241,7 @@ TEST(VideoAlgorithm, MovedFromObjectAnswersTheCheapQueries) {
     EXPECT_EQ(algorithm, other);
     EXPECT_FALSE(algorithm == Make());
     EXPECT_FALSE(Make() == algorithm);
-    EXPECT_EQ(ErrorOf<std::logic_error>([&] { algorithm.GetSupportedColourFormats(); }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { algorithm.GetSupportedColourFormats(); }), "Pimpl is null");
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/message_of.hpp"
+
 namespace qel::motion {
 namespace {
 
@@ -31,12 +33,7 @@ std::vector<std::uint8_t> Noise(std::size_t count, unsigned int seed) {
 }
 
 std::string ErrorOf(Frame const& frame) {
-    try {
-        PictureReader().Read(frame);
-    } catch (std::invalid_argument const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
+    return qel::test::MessageOf<std::invalid_argument>([&] { PictureReader().Read(frame); });
 }
 
 TEST(PictureReader, LooksAtNv12AndGreyWhereTheyAre) {
