@@ -100,9 +100,9 @@ std::vector<Box> GetBoxes(boost::span<Polygon<int> const> polygons) {
     return boxes;
 }
 
-/// Whether the interval that begins later does so within two units of the other's end: rounding moves a point by
-/// less than one, and an edge only through points that it passes closer by.
-bool AreNear(std::int64_t begin, std::int64_t end) { return begin <= end + 2; }
+/// Whether an interval begins less than a pixel behind another's end: rounding moves crossings by a unit or two, and a
+/// side only through corners that it passes as close.
+bool AreNear(std::int64_t begin, std::int64_t end) { return begin <= end + 16; }
 
 /// For each polygon the least number among those that its surroundings connect it with, over others as well.
 std::vector<std::size_t> GetGroups(boost::span<Polygon<int> const> polygons) {
@@ -124,26 +124,44 @@ std::vector<std::size_t> GetGroups(boost::span<Polygon<int> const> polygons) {
     return groups;
 }
 
+using Region = boost::polygon::polygon_set_data<int>;
+
+/// Goes through as many combinations as polygons from elsewhere would have meant. Each rounds the region's own
+/// crossings anew, which can move them once more, until one changes nothing.
+void Settle(Region& region, std::size_t rounds) {
+    using namespace boost::polygon::operators;
+    for (; rounds != 0; --rounds) {
+        std::vector<Region::element_type> const before(region.begin(), region.end());
+        region ^= Polygon<int>();
+        if (std::equal(before.begin(), before.end(), region.begin(), region.end())) return;
+    }
+}
+
+/// The exclusive or of the polygons with the given numbers, as if combined in order with all others around.
+Region Combine(boost::span<Polygon<int> const> polygons, boost::span<std::size_t const> numbers) {
+    using namespace boost::polygon::operators;
+    Region region;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        region ^= polygons[numbers[i]];
+        std::size_t const next = i + 1 < numbers.size() ? numbers[i + 1] : polygons.size();
+        Settle(region, next - numbers[i] - 1);
+    }
+    return region;
+}
+
 }  // namespace
 
 std::vector<Polygon<int>> GetTrapezoids(boost::span<Polygon<int> const> polygons) {
-    using namespace boost::polygon::operators;
     // Combining costs as much as everything combined so far: polygons that stand apart are left apart.
     std::vector<std::size_t> const groups = GetGroups(polygons);
     std::vector<std::size_t> order(polygons.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return groups[a] < groups[b]; });
     std::vector<Polygon<int>> trapezoids;
-    for (auto first = order.begin(); first != order.end();) {
-        bool const alone = first + 1 == order.end() || groups[*(first + 1)] != groups[*first];
-        if (alone && AppendConvexTrapezoids(polygons[*first], trapezoids)) {
-            ++first;
-            continue;
-        }
-        boost::polygon::polygon_set_data<int> region;
-        std::size_t const group = groups[*first];
-        for (; first != order.end() && groups[*first] == group; ++first) region ^= polygons[*first];
-        region.get_trapezoids(trapezoids, boost::polygon::HORIZONTAL);
+    for (std::size_t first = 0, end = 0; first < order.size(); first = end) {
+        while (end < order.size() && groups[order[end]] == groups[order[first]]) ++end;
+        if (end - first == 1 && AppendConvexTrapezoids(polygons[order[first]], trapezoids)) continue;
+        Combine(polygons, {order.data() + first, end - first}).get_trapezoids(trapezoids, boost::polygon::HORIZONTAL);
     }
     return trapezoids;
 }

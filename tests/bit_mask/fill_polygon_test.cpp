@@ -212,6 +212,20 @@ TEST(FillPolygonSet, GivesTheReferenceOnManySmallPolygons) {
     }
 }
 
+TEST(FillPolygonSet, RoundsCrossingsAsOftenAsPolygonsFollow) {
+    // Polygons that stand apart from the first one, but whose combination rounds its crossings once more.
+    Polygons const sets[] = {{{{127, 171}, {127, 176}, {121, 168}, {134, 175}, {147, 182}, {125, 172}},
+                              {{189, 106}, {189, 119}, {166, 121}, {184, 108}, {177, 112}, {166, 123}},
+                              {{23, 162}, {29, 170}, {32, 182}, {40, 162}, {43, 159}},
+                              {{141, 163}, {132, 183}, {135, 181}}},
+                             {{{217, 670}, {111, 725}, {186, 700}, {173, 759}, {182, 694}, {170, 687}, {129, 762}},
+                              {{211, 572}, {282, 535}, {289, 543}},
+                              {{247, 721}, {164, 690}, {162, 672}, {135, 669}}}};
+    for (Polygons const& polygons : sets) {
+        EXPECT_EQ(Fill({60, 60}, polygons), reference::FillPolygonSet(BitMask({60, 60}), polygons, 1));
+    }
+}
+
 TEST(FillPolygons, RoundsPixelsToSixteenths) {
     BitMask mask({40, 20});
     PixelPolygons const polygons{{{0.47, -0.53125}, {2.4, -0.53125}, {2.4, 2.46875}, {0.47, 2.46875}}};
