@@ -2,9 +2,11 @@
 
 #include <exception>
 #include <memory>
+#include <stdexcept>
 
 #include "error.hpp"
 #include "qel/configuration/node/primitive.hpp"
+#include "qel/configuration/validator.hpp"
 #include "qel/object/parse.hpp"
 #include "qel/object/primitive.hpp"
 #include "text.hpp"
@@ -29,10 +31,24 @@ void ListBelow(node::Map const& map, std::string const& prefix, std::vector<std:
                      FindNearest(setting.name, names) + "'? (known: " + Join(names) + ")");
 }
 
+/// Throws std::out_of_range, with the range of the property, for a number beyond it that its type may not even hold.
+void CheckRange(node::Value const& value, std::string const& text) {
+    auto const validator = value.GetValidator();
+    if (!validator || validator->GetPattern()) return;
+    double number = 0;
+    try {
+        number = object::Parse<double>(text);
+    } catch (std::invalid_argument const&) {
+        return;  // the node says what it cannot read
+    }
+    validator->Check(number, value.GetPath());
+}
+
 void ApplyOne(Setting const& setting, node::Map& map, std::string const& owner) {
     auto const found = map.Find(setting.name);
     if (!found || !found->Is<node::Value>()) RefuseName(setting, map, owner);
     try {
+        CheckRange(found->As<node::Value>(), setting.value);
         // Small numbers are read leniently by their nodes; a person who mistypes wants to be told.
         if (found->Is<node::Primitive<unsigned char>>()) (void)object::Parse<std::int64_t>(setting.value);
         configuration::Node::GetPtr<node::Value>(found)->Set(*object::Make(setting.value));
