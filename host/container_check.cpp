@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string_view>
@@ -128,6 +129,9 @@ std::uint64_t MissingOfMatroska(Bytes& bytes) {
 }  // namespace
 
 std::uint64_t CountMissingBytes(std::string const& path) {
+    // A pipe is empty by now, and opening it would wait for another writer.
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) return 0;
     Bytes bytes(path);
     if (bytes.Size() < 8) return 0;
     Head const head = bytes.At(0);
