@@ -5,6 +5,9 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "catalogue.hpp"
 #include "command.hpp"
 #include "error.hpp"
@@ -20,6 +23,15 @@ void ConfigureLogging() {
         logging::Configure(rules);
     } catch (std::exception const& error) {
         throw host::UsageError(std::string("the environment variable QEL_LOG is wrong: ") + error.what());
+    }
+}
+
+/// Takes the places of standard streams that the caller has closed, so that no other file gets them and is written to
+/// by mistake: results for a closed standard output fail instead.
+void OccupyStandardStreams() {
+    for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is taken: those below are in use by now.
+        if (fcntl(stream, F_GETFD) < 0) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
 }
 
@@ -74,6 +86,7 @@ void Say(std::string const& line) { std::fprintf(stderr, "qel: %s\n", line.c_str
 
 int main(int argc, char** argv) {
     using namespace qel;
+    app::OccupyStandardStreams();
     // A reader that goes away is told of as a failed write, like a full disk.
     std::signal(SIGPIPE, SIG_IGN);
     try {
