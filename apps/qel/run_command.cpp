@@ -37,6 +37,23 @@ struct Options {
     bool quiet = false;
 };
 
+/// What is wrong with a number of frames; nothing when it is one.
+std::string CheckFrameCount(std::string const& text) {
+    bool const isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber && text.find_first_not_of('0') != std::string::npos) return {};
+    return "'" + text + "' is no number of frames: give a whole number from 1";
+}
+
+/// Whether two paths lead to one file; neither needs to exist yet.
+bool IsSameFile(std::string const& left, std::string const& right) {
+    namespace files = std::filesystem;
+    std::error_code ignored;
+    if (files::is_regular_file(left, ignored)) return files::equivalent(left, right, ignored);
+    if (files::exists(left, ignored)) return left == right;
+    return files::weakly_canonical(files::absolute(left), ignored) ==
+           files::weakly_canonical(files::absolute(right), ignored);
+}
+
 void AddOptions(CLI::App& command, Options& options) {
     command.add_option("VIDEO", options.video, "The video: a file, or a URI that GStreamer opens (rtsp://...)")
         ->required();
@@ -67,7 +84,7 @@ void AddOptions(CLI::App& command, Options& options) {
         ->type_name("FILE.png");
     command.add_option("-n,--max-frames", options.maxFrames, "Stops after so many frames")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(CheckFrameCount);
     auto* const calibration =
         command
             .add_option("-c,--calibration", options.calibration,
@@ -97,10 +114,7 @@ void CheckOutputs(Options const& options, host::Location const& location) {
          {options.output == "-" ? std::string() : options.output, options.annotate, options.snapshot}) {
         if (path.empty()) continue;
         for (std::string const& other : taken) {
-            std::error_code ignored;
-            bool const regular = std::filesystem::is_regular_file(path, ignored);
-            bool const same = path == other || (regular && std::filesystem::equivalent(path, other, ignored));
-            if (!same) continue;
+            if (!IsSameFile(path, other)) continue;
             if (location.file && other == *location.file) {
                 throw host::UsageError("'" + path + "' is the video itself; write the results to another file");
             }

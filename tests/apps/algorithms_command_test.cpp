@@ -137,8 +137,8 @@ TEST(Qel, SaysInOneLineWhatIsWrongWithTheCommand) {
     for (char const* count : {"0", "-1", "many", "1.5"}) {
         Outcome const outcome = RunProgram({"run", "a.avi", "--max-frames", count});
         EXPECT_EQ(outcome.exitCode, 2);
-        EXPECT_EQ(SplitLines(outcome.error).size(), 1U) << outcome.error;
-        EXPECT_THAT(outcome.error, HasSubstr("--max-frames"));
+        EXPECT_EQ(outcome.error, std::string("qel: --max-frames: '") + count +
+                                     "' is no number of frames: give a whole number from 1 (see qel --help)\n");
     }
 }
 

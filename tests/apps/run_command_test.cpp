@@ -203,6 +203,11 @@ TEST_F(QelRun, RefusesValuesThatAPropertyDoesNotTake) {
         {"threshold=251",
          "cannot set 'threshold' to '251': Threshold.threshold: the value 251 is out of the range 1 to 250"},
         {"threshold=0", "cannot set 'threshold' to '0': Threshold.threshold: the value 0 is out of the range 1 to 250"},
+        {"threshold=-1",
+         "cannot set 'threshold' to '-1': Threshold.threshold: the value -1 is out of the range 1 to 250"},
+        {"threshold=99999999999999999999",
+         "cannot set 'threshold' to '99999999999999999999': Threshold.threshold: the value 1e+20 is out of the range "
+         "1 to 250"},
         {"threshold=12x", "cannot set 'threshold' to '12x': Failed to parse the string into an integer: 12x"},
         {"threshold=", "cannot set 'threshold' to '': Failed to parse the string into an integer: "},
         {"confidence=1.5",
@@ -347,6 +352,31 @@ TEST_F(QelRun, NeverOverwritesTheVideoOrOneOutputWithAnother) {
     std::string const file = directory / "same";
     ExpectRefused(Arguments({"-o", file, "--snapshot", file}), 2, "'" + file + "' is named for two outputs");
     EXPECT_EQ(ReadFile(video), before);
+    std::string const again = directory / "./same";
+    ExpectRefused(Arguments({"-o", file, "--snapshot", again}), 2, "'" + again + "' is named for two outputs");
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(QelRun, FailsWhenTheStandardOutputIsClosed) {
+    Command command;
+    command.program = "/bin/sh";
+    command.arguments = {"-c", "\"$0\" run \"$1\" -a threshold -q >&-", QEL_TEST_PROGRAM, video};
+    command.environment["LD_LIBRARY_PATH"] = QEL_TEST_PLUGINS;
+    Outcome const outcome = RunProcess(command);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.error, "qel: cannot write the standard output: Bad file descriptor\n");
+}
+
+TEST_F(QelRun, ReadsAVideoFromANamedPipe) {
+    Command command;
+    command.program = "/bin/sh";
+    command.arguments = {"-c", "mkfifo \"$2\" && { cat \"$1\" > \"$2\" & \"$0\" run \"$2\" -a threshold -q; }",
+                         QEL_TEST_PROGRAM, video, directory / "pipe"};
+    command.environment["LD_LIBRARY_PATH"] = QEL_TEST_PLUGINS;
+    Outcome const outcome = RunProcess(command);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.error, "");
+    EXPECT_EQ(SplitLines(outcome.output).size(), 20U);
 }
 
 TEST_F(QelRun, TellsWhatAnAlgorithmFailedOfAndKeepsWhatCameBefore) {
