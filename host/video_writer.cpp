@@ -1,6 +1,7 @@
 #include "video_writer.hpp"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -15,6 +16,7 @@ namespace qel::host {
 namespace {
 
 constexpr guint64 QueuedPictures = 16;
+constexpr unsigned int SmallestSide = 16;  // that the MP4 muxer takes
 constexpr GstClockTime PollTime = 5 * GST_MSECOND;
 
 Picture::Size EvenSize(Picture::Size size) { return {size.width + size.width % 2, size.height + size.height % 2}; }
@@ -63,6 +65,10 @@ struct VideoWriter::Impl {
 
 VideoWriter::Impl::Impl(std::string file, Picture::Size pictureSize, double frameRate)
     : path(std::move(file)), size(EvenSize(pictureSize)) {
+    if (std::min(size.width, size.height) < SmallestSide) {
+        throw Error("cannot write '" + path + "': MP4 needs pictures of 16 x 16 pixels or more, these have " +
+                    std::to_string(pictureSize.width) + " x " + std::to_string(pictureSize.height));
+    }
     gint numerator = 25;
     gint denominator = 1;
     if (frameRate > 0) gst_util_double_to_fraction(frameRate, &numerator, &denominator);

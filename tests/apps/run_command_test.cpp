@@ -357,6 +357,15 @@ TEST_F(QelRun, NeverOverwritesTheVideoOrOneOutputWithAnother) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+TEST_F(QelRun, SaysThatTheFramesAreTooSmallToBeAnnotated) {
+    WriteMovingSquare(video, {.width = 14, .height = 48, .frames = 2});
+    std::string const file = directory / "small.mp4";
+    ExpectRefused(Arguments({"-q", "--annotate", file}), 1,
+                  "cannot write '" + file + "': MP4 needs pictures of 16 x 16 pixels or more, these have 14 x 48");
+    WriteMovingSquare(video, {.width = 15, .height = 48, .frames = 2});
+    EXPECT_EQ(RunProgram(Arguments({"-q", "--annotate", file})).exitCode, 0);
+}
+
 TEST_F(QelRun, FailsWhenTheStandardOutputIsClosed) {
     Command command;
     command.program = "/bin/sh";
