@@ -293,7 +293,7 @@ TEST(ConnectedComponents, MovesAndSwaps) {
     a = ConnectedComponents();
     EXPECT_EQ(a.Connect8Way(mask, 0, blobs), 1U);
     ConnectedComponents& same = a;
-    swap(a, same);
+    algorithm::swap(a, same);
     a = std::move(same);
     EXPECT_EQ(a.Connect8Way(mask, 0, blobs), 1U);
     // NOLINTEND(bugprone-use-after-move)

@@ -219,7 +219,7 @@ TEST(LineByLine, MovesAndSwapsTheStream) {
     EXPECT_EQ(finished.size(), 1U);
     a = LineByLineConnectedComponents(3);
     a.LineByLine8Way(set, finished);
-    swap(a, b);
+    algorithm::swap(a, b);
     a.LineByLine8Way(clear, finished);
     EXPECT_TRUE(finished.empty());
     a = std::move(b);

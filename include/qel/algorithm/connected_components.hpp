@@ -51,4 +51,6 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+void swap(ConnectedComponents& a, ConnectedComponents& b) noexcept;
+
 }  // namespace qel::algorithm

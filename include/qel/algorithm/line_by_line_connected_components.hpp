@@ -41,4 +41,6 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+void swap(LineByLineConnectedComponents& a, LineByLineConnectedComponents& b) noexcept;
+
 }  // namespace qel::algorithm
