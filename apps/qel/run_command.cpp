@@ -107,6 +107,9 @@ void AddOptions(CLI::App& command, Options& options) {
 
 /// An output must be neither the video itself, nor the calibration, nor another output: opening it empties it.
 void CheckOutputs(Options const& options, host::Location const& location) {
+    if (options.annotate == "-" || options.snapshot == "-") {
+        throw host::UsageError("only --output can be '-', the standard output; name a file");
+    }
     std::vector<std::string> taken;
     if (location.file) taken.push_back(*location.file);
     if (!options.calibration.empty()) taken.push_back(options.calibration);

@@ -357,6 +357,12 @@ TEST_F(QelRun, NeverOverwritesTheVideoOrOneOutputWithAnother) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+TEST_F(QelRun, WritesOnlyResultsToTheStandardOutput) {
+    for (char const* option : {"--annotate", "--snapshot"}) {
+        ExpectRefused(Arguments({option, "-"}), 2, "only --output can be '-', the standard output; name a file");
+    }
+}
+
 TEST_F(QelRun, SaysThatTheFramesAreTooSmallToBeAnnotated) {
     WriteMovingSquare(video, {.width = 14, .height = 48, .frames = 2});
     std::string const file = directory / "small.mp4";
