@@ -204,6 +204,9 @@ TEST_F(MapSet, SetsAllOrNothing) {
               "map.state: the value 'z' is not one of the choices 'x', 'y'");
     EXPECT_EQ(error(argument, {{"name", "b"}, {"size", std::shared_ptr<object::Object const>()}}),
               "map.size: there is no value to set");
+    EXPECT_EQ(error(argument, {{"name", "b"}, {"size", nullptr}}), "map.size: there is no value to set");
+    EXPECT_EQ(MessageOf<std::invalid_argument>([&] { map->Set("size", nullptr); }),
+              "map.size: there is no value to set");
     EXPECT_EQ(error(cast, {{"name", "b"}, {"below", "x"}}),
               "Failed to cast the runtime object from 'qel.configuration.node.Map' to a "
               "'qel.configuration.node.Value'");

@@ -80,6 +80,7 @@ void FillGrey(Canvas& canvas, unsigned int x0, unsigned int y0, unsigned int x1,
 }
 
 void WriteMovingSquare(std::string const& path, TestVideo video) {
+    if (video.height < 16) throw std::invalid_argument("WriteMovingSquare needs frames of at least 16 rows");
     video.format = "GRAY8";
     WriteTestVideo(path, video, [&video](Canvas& canvas) {
         FillGrey(canvas, 0, 0, video.width, video.height, 50);

@@ -15,6 +15,12 @@ TEST(VideoType, IsNumberedFromZero) {
     EXPECT_EQ(static_cast<int>(Type::Transform), 2);
 }
 
+TEST(VideoType, KnowsItsValuesByTheNamesOfTheirTextsToo) {
+    EXPECT_EQ(Type::inplace, Type::Inplace);
+    EXPECT_EQ(Type::passthrough, Type::Passthrough);
+    EXPECT_EQ(Type::transform, Type::Transform);
+}
+
 TEST(VideoType, HasItsDottedTypeName) { EXPECT_STREQ(type::Name<Type>::Value, "qel.algorithm.video.Type"); }
 
 TEST(VideoType, HasATextForEachOfItsThreeValues) {

@@ -9,10 +9,14 @@
 namespace qel::algorithm::video {
 
 /// What a video algorithm does with a frame. An algorithm keeps its type as the bit of this number in a flag set.
+/// The lower-case enumerators are the same values under the names of their texts.
 enum class Type : std::uint32_t {
     Inplace = 0,      ///< works on a frame that it may change
     Passthrough = 1,  ///< looks at a frame and passes it on unchanged
     Transform = 2,    ///< reserved: no algorithm of this type can be made yet
+    inplace = Inplace,
+    passthrough = Passthrough,
+    transform = Transform,
 };
 
 }  // namespace qel::algorithm::video

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,6 +15,8 @@ struct Change {
         : name(std::move(node)), value(std::move(object)) {}
     template <object::PrimitiveValue T>
     Change(std::string node, T plain) : Change(std::move(node), object::Make(std::move(plain))) {}
+    /// A change without a value, which every operation refuses.
+    Change(std::string node, std::nullptr_t) : name(std::move(node)) {}
     Change(std::string node, char const* text) : Change(std::move(node), object::Make(text)) {}
 
     /// The node's name, or dotted path, as the operation takes it.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -45,6 +46,7 @@ public:
     void Set(std::string path, T value) {
         SetOne(Change(std::move(path), std::move(value)));
     }
+    void Set(std::string path, std::nullptr_t) { SetOne(Change(std::move(path), nullptr)); }
     void Set(std::string path, char const* text) { SetOne(Change(std::move(path), text)); }
 
     using Node::Schema;
