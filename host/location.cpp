@@ -24,6 +24,10 @@ void CheckFile(std::string const& path) {
     if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) {
         throw Error("'" + path + "' is a device; open a camera by its URI, such as v4l2://" + path);
     }
+    // GStreamer opens a file more than once; a pipe that its writer has left by then would be waited for in vain.
+    if (S_ISFIFO(status.st_mode)) {
+        throw Error("'" + path + "' is a pipe; read it from the standard input: qel run fd://0 < PIPE");
+    }
     // The permissions that count are those of the effective user, which the plain access() does not look at.
     if (euidaccess(path.c_str(), R_OK) != 0) throw Error("cannot read '" + path + "': " + std::strerror(errno));
     if (S_ISREG(status.st_mode) && status.st_size == 0) throw Error("'" + path + "' is empty, not a video");

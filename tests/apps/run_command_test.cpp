@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "program.hpp"
 #include "support/temporary_directory.hpp"
@@ -382,16 +383,24 @@ TEST_F(QelRun, FailsWhenTheStandardOutputIsClosed) {
     EXPECT_EQ(outcome.error, "qel: cannot write the standard output: Bad file descriptor\n");
 }
 
-TEST_F(QelRun, ReadsAVideoFromANamedPipe) {
+TEST_F(QelRun, ReadsAVideoFromItsStandardInput) {
     Command command;
     command.program = "/bin/sh";
-    command.arguments = {"-c", "mkfifo \"$2\" && { cat \"$1\" > \"$2\" & \"$0\" run \"$2\" -a threshold -q; }",
-                         QEL_TEST_PROGRAM, video, directory / "pipe"};
+    command.arguments = {"-c", "cat \"$1\" | \"$0\" run fd://0 -a threshold -q", QEL_TEST_PROGRAM, video};
     command.environment["LD_LIBRARY_PATH"] = QEL_TEST_PLUGINS;
     Outcome const outcome = RunProcess(command);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.error, "");
     EXPECT_EQ(SplitLines(outcome.output).size(), 20U);
+}
+
+TEST_F(QelRun, RefusesANamedPipeAtOnce) {
+    std::string const pipe = directory / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    Outcome const outcome = RunProgram({"run", pipe, "-a", "threshold", "-q"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.error, "qel: '" + pipe + "' is a pipe; read it from the standard input: qel run fd://0 < PIPE\n");
+    EXPECT_EQ(outcome.output, "");
 }
 
 TEST_F(QelRun, TellsWhatAnAlgorithmFailedOfAndKeepsWhatCameBefore) {
