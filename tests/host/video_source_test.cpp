@@ -164,11 +164,11 @@ TEST(VideoSource, PassesAChangeOfTheFrameSizeOn) {
     TemporaryDirectory const directory;
     std::string stream;
     for (auto const& [width, height] : {std::pair{64U, 48U}, std::pair{32U, 24U}, std::pair{80U, 16U}}) {
-        std::string const path = directory / "image.jpg";
-        test::WriteTestVideo(path, {.width = width, .height = height, .frames = 1, .encoder = "videoconvert ! jpegenc"},
+        std::string const path = directory / "image.png";
+        test::WriteTestVideo(path, {.width = width, .height = height, .frames = 1, .encoder = "videoconvert ! pngenc"},
                              [](test::Canvas&) {});
         std::string const image = test::ReadFile(path);
-        stream += "--part\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(image.size()) + "\r\n\r\n" +
+        stream += "--part\r\nContent-Type: image/png\r\nContent-Length: " + std::to_string(image.size()) + "\r\n\r\n" +
                   image + "\r\n";
     }
     std::string const path = directory / "stream";
