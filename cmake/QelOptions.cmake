@@ -44,6 +44,8 @@ if(QEL_SANITIZERS)
     -fsanitize=${QEL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(qel_settings INTERFACE -fsanitize=${QEL_SANITIZERS})
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(qel_settings INTERFACE
+      "-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignore.txt")
     # clang links its sanitizer runtime into programs only; libraries find it there.
     target_link_options(qel_settings INTERFACE -Wl,-z,undefs)
   endif()
