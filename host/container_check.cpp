@@ -129,7 +129,7 @@ std::uint64_t MissingOfMatroska(Bytes& bytes) {
 }  // namespace
 
 std::uint64_t CountMissingBytes(std::string const& path) {
-    // A pipe is empty by now, and opening it would wait for another writer.
+    // Only a regular file has a size to compare with; opening anything else might wait.
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(path, ignored)) return 0;
     Bytes bytes(path);

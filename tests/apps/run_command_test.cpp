@@ -373,22 +373,23 @@ TEST_F(QelRun, SaysThatTheFramesAreTooSmallToBeAnnotated) {
     EXPECT_EQ(RunProgram(Arguments({"-q", "--annotate", file})).exitCode, 0);
 }
 
-TEST_F(QelRun, FailsWhenTheStandardOutputIsClosed) {
+/// Runs a script of the shell in which $0 is the program and $1 a video.
+Outcome RunInShell(std::string const& script, std::string const& video) {
     Command command;
     command.program = "/bin/sh";
-    command.arguments = {"-c", "\"$0\" run \"$1\" -a threshold -q >&-", QEL_TEST_PROGRAM, video};
+    command.arguments = {"-c", script, QEL_TEST_PROGRAM, video};
     command.environment["LD_LIBRARY_PATH"] = QEL_TEST_PLUGINS;
-    Outcome const outcome = RunProcess(command);
+    return RunProcess(command);
+}
+
+TEST_F(QelRun, FailsWhenTheStandardOutputIsClosed) {
+    Outcome const outcome = RunInShell("\"$0\" run \"$1\" -a threshold -q >&-", video);
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.error, "qel: cannot write the standard output: Bad file descriptor\n");
 }
 
 TEST_F(QelRun, ReadsAVideoFromItsStandardInput) {
-    Command command;
-    command.program = "/bin/sh";
-    command.arguments = {"-c", "cat \"$1\" | \"$0\" run fd://0 -a threshold -q", QEL_TEST_PROGRAM, video};
-    command.environment["LD_LIBRARY_PATH"] = QEL_TEST_PLUGINS;
-    Outcome const outcome = RunProcess(command);
+    Outcome const outcome = RunInShell("cat \"$1\" | \"$0\" run fd://0 -a threshold -q", video);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.error, "");
     EXPECT_EQ(SplitLines(outcome.output).size(), 20U);
