@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -115,11 +114,11 @@ void Register(Case const& c) {
 
 int main(int argc, char** argv) {
     using namespace qel::benchmarks;
-    struct Format {
-        char const* name;
-        ColourFormat format;
-    };
-    try {
+    return RunProgram(argc, argv, [] {
+        struct Format {
+            char const* name;
+            ColourFormat format;
+        };
         for (Format const& f : {Format{"Nv12", ColourFormat::Nv12},
                                 {"Grey8", ColourFormat::Grey8},
                                 {"Yuv24", ColourFormat::Yuv24},
@@ -129,9 +128,5 @@ int main(int argc, char** argv) {
         }
         Register({"pixelate and shapes Nv12", Mode::Pixelate, MovingPart::Shapes, ColourFormat::Nv12});
         Register({"pixelate and boxes Nv12", Mode::Pixelate, MovingPart::Boxes, ColourFormat::Nv12});
-    } catch (std::exception const& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 1;
-    }
-    return RunAndCompare(argc, argv);
+    });
 }

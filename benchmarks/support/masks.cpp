@@ -6,6 +6,8 @@
 #include <random>
 #include <utility>
 
+#include "support/mask_files.hpp"
+
 namespace qel::benchmarks {
 namespace {
 
@@ -45,7 +47,11 @@ void DrawWalker(BitMask& mask, double centreX, double centreY, double height, st
     }
 }
 
+std::string videoFolder;
+
 }  // namespace
+
+void UseMasksOf(std::string const& folder) { videoFolder = folder; }
 
 std::string Name(Size size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }
 
@@ -133,6 +139,11 @@ std::vector<NamedMask> const& Masks(Size size) {
              {"serpentine", Serpentine(size)},
              {"spiral", Spiral(size)},
              {"empty", BitMask(size)}};
+    if (!videoFolder.empty()) {
+        for (NamedMask& named : ReadMasks(std::filesystem::path(videoFolder) / Name(size))) {
+            masks.push_back(std::move(named));
+        }
+    }
     return masks;
 }
 

@@ -31,6 +31,9 @@ algorithm::BitMask Full(Size size);
 algorithm::BitMask Serpentine(Size size);
 algorithm::BitMask Spiral(Size size);
 
+/// From now on Masks tells the masks of a video too: those that qel_demo_masks has written into a folder.
+void UseMasksOf(std::string const& folder);
+
 /// All of them, empty included, at one size.
 std::vector<NamedMask> const& Masks(Size size);
 
