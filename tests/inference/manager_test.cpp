@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "qel/logging/sink.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::inference::backend {
 namespace {
@@ -30,6 +31,17 @@ class ReportingManager : public Manager {
 public:
     using Manager::ReportModelState;
 };
+
+TEST(Manager, HasNoModelsWithoutAModelRoot) {
+    Manager const manager;
+    EXPECT_EQ(manager.GetModel("a"), nullptr);
+    EXPECT_TRUE(manager.WaitUntilSettled(std::chrono::milliseconds(0)));
+}
+
+TEST(Manager, RefusesAModelRootThatIsNoFolder) {
+    EXPECT_EQ(test::MessageOf<std::invalid_argument>([] { Manager const manager("no such folder"); }),
+              "The model root no such folder is no folder");
+}
 
 struct Follower {
     std::vector<State> states;

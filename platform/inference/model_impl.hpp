@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <boost/filesystem/path.hpp>
+
+#include "network.hpp"
+#include "qel/inference/model.hpp"
+
+namespace qel::inference {
+
+struct Model::Impl {
+    std::string name;
+    boost::filesystem::path file;
+    Metadata metadata;
+    std::string metadataText;
+    std::vector<std::string> labels;
+    std::unique_ptr<Network> network;
+    mutable std::mutex networkMutex{};
+};
+
+}  // namespace qel::inference
