@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
+#include "check.hpp"
 #include "qel/algorithm/bit_mask.hpp"
 
 namespace qel::fuzz {
@@ -71,12 +70,5 @@ private:
     std::uint8_t const* data_;
     std::size_t left_;
 };
-
-/// Ends the program with a message unless the condition holds.
-inline void Check(bool condition, char const* message) {
-    if (condition) return;
-    std::fprintf(stderr, "difference: %s\n", message);
-    std::abort();
-}
 
 }  // namespace qel::fuzz

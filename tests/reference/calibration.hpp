@@ -40,8 +40,10 @@ struct Measured {
 
 class CalibrationModel {
 public:
-    CalibrationModel(Mounting mounting, int width, int height)
-        : mounting_(mounting), aspect_(Single(static_cast<float>(height)) / Single(static_cast<float>(width))) {
+    /// Without a width or a height nothing is known: every point is the ground's origin.
+    CalibrationModel(Mounting mounting, int width, int height) : mounting_(mounting) {
+        if (width == 0 || height == 0) return;
+        aspect_ = Single(static_cast<float>(height)) / Single(static_cast<float>(width));
         Build();
     }
 
@@ -132,7 +134,7 @@ private:
     }
 
     Mounting mounting_;
-    Single aspect_;
+    Single aspect_ = 0.0F;
     Rows ground_{Row3{0, 0, 0}, Row3{0, 0, 0}, Row3{0, 0, 0}};
     Rows inverse_ = ground_;
     Row3 vertical_{0, 0, 0};
