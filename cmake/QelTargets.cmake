@@ -9,15 +9,15 @@ function(qel_shared_library target base_name)
   target_compile_features(${target} PUBLIC cxx_std_20)
 endfunction()
 
-# qel_platform_library(<name> SOURCES ... HEADERS ... [DEPENDS ...] [PRIVATE_DEPENDS ...])
+# qel_platform_library(<name> DESCRIPTION "..." SOURCES ... HEADERS ... [DEPENDS ...] [PRIVATE_DEPENDS ...])
 # The shared library libqel_<name>.so, alias qel::<name>. HEADERS stand under include/qel/<name>/ of the folder;
 # qel/<name>/export.hpp with QEL_<NAME>_EXPORT is generated.
 function(qel_platform_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;HEADERS;DEPENDS;PRIVATE_DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "DESCRIPTION" "SOURCES;HEADERS;DEPENDS;PRIVATE_DEPENDS")
   set(target qel_${name})
   add_library(${target} SHARED ${arg_SOURCES})
   add_library(qel::${name} ALIAS ${target})
-  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name} QEL_DESCRIPTION "${arg_DESCRIPTION}")
   set(generated "${CMAKE_CURRENT_BINARY_DIR}/generated")
   generate_export_header(${target} EXPORT_FILE_NAME "${generated}/qel/${name}/export.hpp")
   target_sources(${target} PUBLIC FILE_SET HEADERS
