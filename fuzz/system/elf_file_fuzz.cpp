@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "check.hpp"
-#include "plugin/elf_file.hpp"
+#include "qel/system/plugin/elf_file.hpp"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "plugin/elf_file.hpp"
+#include "qel/system/plugin/elf_file.hpp"
 
 #include <random>
 #include <stdexcept>

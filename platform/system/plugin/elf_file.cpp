@@ -1,7 +1,7 @@
 // Reads just enough of an ELF file: header -> program headers -> dynamic section -> its strings. Nothing in the file
 // is trusted: each read states its offset and size, and fails when the file does not have them.
 
-#include "plugin/elf_file.hpp"
+#include "qel/system/plugin/elf_file.hpp"
 
 #include <algorithm>
 #include <cerrno>

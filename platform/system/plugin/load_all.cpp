@@ -11,11 +11,14 @@
 #include <sys/stat.h>
 
 #include "loaded_libraries.hpp"
+#include "plugin/access.hpp"
 #include "plugin/collector.hpp"
-#include "plugin/elf_file.hpp"
 #include "plugin/explain.hpp"
 #include "plugin/terminate_guard.hpp"
+#include "qel/system/plugin/elf_file.hpp"
+#include "qel/system/plugin/find_candidates.hpp"
 #include "qel/system/plugin/load_error.hpp"
+#include "qel/system/plugin/load_file.hpp"
 
 namespace qel::system::plugin {
 namespace {
@@ -29,31 +32,6 @@ std::optional<FileId> Identify(fs::path const& file) {
     struct stat status {};
     if (stat(file.c_str(), &status) != 0) return std::nullopt;
     return FileId(status.st_dev, status.st_ino);
-}
-
-/// The directory's entries lib<prefix>*.so, sorted by name.
-std::vector<fs::path> FindCandidates(std::string const& prefix, fs::path const& directory) {
-    std::string const start = "lib" + prefix, end = ".so";
-    std::vector<fs::path> candidates;
-    for (fs::directory_entry const& entry : fs::directory_iterator(directory)) {
-        std::string const name = entry.path().filename().string();
-        if (name.size() >= start.size() + end.size() && name.starts_with(start) && name.ends_with(end)) {
-            candidates.push_back(entry.path());
-        }
-    }
-    std::sort(candidates.begin(), candidates.end());
-    return candidates;
-}
-
-void CheckRegularFile(fs::path const& file) {
-    boost::system::error_code error;
-    fs::file_status const status = fs::status(file, error);
-    if (status.type() == fs::file_not_found) {
-        throw std::runtime_error("is a link to " + fs::read_symlink(file).string() + ", which does not exist");
-    }
-    if (status.type() == fs::directory_file) throw std::runtime_error("is a directory, not a shared library");
-    if (status.type() == fs::status_error) throw std::runtime_error("cannot be read: " + error.message());
-    if (status.type() != fs::regular_file) throw std::runtime_error("is not a regular file");
 }
 
 /// The name up to and with ".so": "libz.so" for "libz.so.1".
@@ -89,6 +67,7 @@ void CheckOwnLibraries(std::vector<std::string> const& needed) {
 
 void Load(fs::path const& file) {
     CheckRegularFile(file);
+    CheckNotWritableByOthers(file);
     CheckOwnLibraries(ReadElfFile(file).needed);
     TerminateGuard const guard(file);
     if (dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr) {
@@ -96,7 +75,38 @@ void Load(fs::path const& file) {
     }
 }
 
+void TryLoad(fs::path const& file, Collector& collector) {
+    try {
+        Load(file);
+    } catch (std::runtime_error const& error) {
+        collector.Add({file, error.what()});
+    }
+}
+
+void ThrowProblems(Collector& collector) {
+    if (!collector.GetProblems().empty()) throw LoadError(std::move(collector.GetProblems()));
+}
+
 }  // namespace
+
+std::vector<fs::path> FindCandidates(std::string const& prefix, fs::path const& directory) {
+    std::string const start = "lib" + prefix, end = ".so";
+    std::vector<fs::path> candidates;
+    for (fs::directory_entry const& entry : fs::directory_iterator(fs::absolute(directory))) {
+        std::string const name = entry.path().filename().string();
+        if (name.size() >= start.size() + end.size() && name.starts_with(start) && name.ends_with(end)) {
+            candidates.push_back(entry.path());
+        }
+    }
+    std::sort(candidates.begin(), candidates.end());
+    return candidates;
+}
+
+void LoadFile(fs::path const& file) {
+    Collector collector;
+    TryLoad(fs::absolute(file), collector);
+    ThrowProblems(collector);
+}
 
 void LoadAll(std::string const& prefix, std::vector<fs::path> const& directories) {
     Collector collector;
@@ -104,21 +114,16 @@ void LoadAll(std::string const& prefix, std::vector<fs::path> const& directories
     for (fs::path const& directory : directories) {
         std::vector<fs::path> candidates;
         try {
-            candidates = FindCandidates(prefix, fs::absolute(directory));
+            candidates = FindCandidates(prefix, directory);
         } catch (fs::filesystem_error const& error) {
             collector.Add({directory, "cannot be searched for plug-ins: " + error.code().message()});
         }
         for (fs::path const& file : candidates) {
             auto const id = Identify(file);
-            if (id && !met.insert(*id).second) continue;
-            try {
-                Load(file);
-            } catch (std::runtime_error const& error) {
-                collector.Add({file, error.what()});
-            }
+            if (!id || met.insert(*id).second) TryLoad(file, collector);
         }
     }
-    if (!collector.GetProblems().empty()) throw LoadError(std::move(collector.GetProblems()));
+    ThrowProblems(collector);
 }
 
 }  // namespace qel::system::plugin
