@@ -12,7 +12,7 @@ constexpr unsigned int MaximumSide = 16384;
 
 std::string ShapeText(std::vector<std::size_t> const& shape) {
     std::string text;
-    for (std::size_t const size : shape) text += (text.empty() ? "" : " x ") + std::to_string(size);
+    for (std::size_t const size : shape) text += (text.empty() ? "" : " x ") + (size == 0 ? "?" : std::to_string(size));
     return text.empty() ? "without axes" : text;
 }
 
@@ -41,6 +41,16 @@ void CheckBatch(Tensor const& batch) {
                                     std::to_string(batch.values.size()) +
                                     " values; it must have at least one sample and one value for each element");
     }
+}
+
+void CheckShape(std::vector<std::size_t> const& shape, std::vector<std::size_t> const& expected) {
+    bool fits = shape.size() == expected.size();
+    for (std::size_t i = 1; fits && i < shape.size(); ++i) fits = expected[i] == 0 || shape[i] == expected[i];
+    if (fits) return;
+    std::vector<std::size_t> taken = expected;
+    if (!taken.empty()) taken[0] = 0;
+    throw std::invalid_argument("The network takes batches of the shape " + ShapeText(taken) + ", not " +
+                                ShapeText(shape));
 }
 
 void CheckPictures(boost::span<Picture const> pictures, PictureFormat const& format) {

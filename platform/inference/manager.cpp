@@ -5,6 +5,7 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include "model_follower.hpp"
 #include "model_updates.hpp"
 #include "qel/inference/get_model_root_path.hpp"
 
@@ -17,7 +18,9 @@ Manager::Manager(boost::filesystem::path modelRoot) : Manager() {
     if (!boost::filesystem::is_directory(modelRoot, error)) {
         throw std::invalid_argument("The model root " + modelRoot.string() + " is no folder");
     }
-    SetModelRoot(std::move(modelRoot));
+    SetModelRoot(modelRoot);
+    follower_ = std::make_unique<ModelFollower>(
+        std::move(modelRoot), [this](std::string const& name, model::State state) { ReportModelState(name, state); });
 }
 
 Manager::~Manager() = default;
@@ -26,9 +29,13 @@ void Manager::RegisterModelUpdateCallback(std::string_view modelName, ModelUpdat
     updates_->Register(modelName, std::move(callback));
 }
 
-std::shared_ptr<Model const> Manager::GetModel(std::string_view /*modelName*/) const { return nullptr; }
+std::shared_ptr<Model const> Manager::GetModel(std::string_view modelName) const {
+    return follower_ ? follower_->GetModel(modelName) : nullptr;
+}
 
-bool Manager::WaitUntilSettled(std::chrono::milliseconds /*limit*/) const { return true; }
+bool Manager::WaitUntilSettled(std::chrono::milliseconds limit) const {
+    return !follower_ || follower_->WaitUntilSettled(limit);
+}
 
 void Manager::ReportModelState(std::string_view modelName, model::State state) { updates_->Report(modelName, state); }
 

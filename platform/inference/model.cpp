@@ -28,6 +28,7 @@ void Append(Model::Impl const& model, std::vector<Tensor>& all, std::vector<Tens
         all = std::move(part);
         return;
     }
+    if (part.size() != all.size()) Fail(model, "gives another number of outputs for a part of the batch");
     for (std::size_t i = 0; i < all.size(); ++i) {
         all[i].shape[0] += samples;
         all[i].values.insert(all[i].values.end(), part[i].values.begin(), part[i].values.end());
@@ -69,6 +70,7 @@ std::vector<std::string> const& Model::GetLabels() const noexcept { return impl_
 
 std::vector<Tensor> Model::Run(Tensor const& batch) const {
     CheckBatch(batch);
+    CheckShape(batch.shape, impl_->inputShape);
     if (batch.shape[0] <= impl_->metadata.GetMaxBatchSize()) {
         return RunInParts(*impl_, batch.shape[0], [&](std::size_t, std::size_t) { return impl_->network->Run(batch); });
     }
@@ -83,6 +85,7 @@ std::vector<Tensor> Model::Run(Tensor const& batch) const {
 
 std::vector<Tensor> Model::Run(boost::span<Picture const> pictures, PictureFormat const& format) const {
     CheckPictures(pictures, format);
+    CheckShape({pictures.size(), format.channels, format.height, format.width}, impl_->inputShape);
     return RunInParts(*impl_, pictures.size(), [&](std::size_t first, std::size_t count) {
         return impl_->network->Run(pictures.subspan(first, count), format);
     });

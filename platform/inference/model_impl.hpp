@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -18,6 +19,7 @@ struct Model::Impl {
     Metadata metadata;
     std::string metadataText;
     std::vector<std::string> labels;
+    std::vector<std::size_t> inputShape;  ///< as in OnnxGraph
     std::unique_ptr<Network> network;
     mutable std::mutex networkMutex{};
 };

@@ -13,6 +13,7 @@
 
 namespace qel::inference {
 
+class ModelFollower;
 class ModelUpdates;
 
 namespace backend {
@@ -48,8 +49,9 @@ public:
     /// manager has replaced or dropped it: it lives as long as it is held. Ask again for each frame.
     virtual std::shared_ptr<Model const> GetModel(std::string_view modelName) const;
 
-    /// Waits until the thread has dealt with every change of the disk that it knows of, callbacks included; returns
-    /// false when that takes longer. A manager without models is settled at once.
+    /// Waits until every change of the disk that was made before is dealt with: what can be loaded is, the rest has
+    /// failed or is unloaded. Returns false when that takes longer; without a model root there is nothing to wait for.
+    /// Not to be called by a callback.
     virtual bool WaitUntilSettled(std::chrono::milliseconds limit) const;
 
 protected:
@@ -59,6 +61,8 @@ protected:
 
 private:
     std::unique_ptr<ModelUpdates> updates_;
+    // The last member: its thread ends before what it reports to.
+    std::unique_ptr<ModelFollower> follower_;
 };
 
 }  // namespace backend
