@@ -1,33 +1,60 @@
 #include "concom/blob_store.hpp"
 
+#include <numeric>
+
 namespace qel::algorithm::concom {
 
-std::size_t BlobStore::StitchBlobs(unsigned int min_area) noexcept {
-    std::size_t kept = 0;
-    for (std::size_t i = count_; i-- != 0;) {
-        InternalBlob const& blob = records_[i];
-        if (blob.parent == i) {
-            if (blob.area >= min_area) ++kept;
-            continue;
-        }
-        // Parents are older than their children: walking backwards, every box reaches its root.
-        InternalBlob& parent = records_[blob.parent];
-        parent.minX = std::min(parent.minX, blob.minX);
-        parent.maxX = std::max(parent.maxX, blob.maxX);
-        parent.maxY = std::max(parent.maxY, blob.maxY);
+std::size_t BlobStore::Reserve(BlobRecords& records, std::size_t more) {
+    std::size_t const least = records.count + more;
+    if (least > blobs_.size()) {
+        // Room for one more such request: the next comes when the first record has been started.
+        std::size_t const size = std::max(least + more, 2 * blobs_.size());
+        firsts_.resize(size);
+        merged_.resize(size);
+        auto const known = static_cast<std::ptrdiff_t>(parents_.size());
+        parents_.resize(size);
+        std::iota(parents_.begin() + known, parents_.end(), static_cast<std::uint32_t>(known));
+        blobs_.resize(size);
     }
-    return kept;
+    records.blobs = blobs_.data();
+    records.firsts = firsts_.data();
+    records.parents = parents_.data();
+    records.merged = merged_.data();
+    return blobs_.size();
 }
 
-void BlobStore::FilterBlobs(std::size_t count, unsigned int min_area,
-                            std::vector<ConnectedComponents::Blob>& blobs) const {
+void BlobStore::Clear(BlobRecords& records) noexcept {
+    for (std::uint32_t i = 0; i < records.mergedCount; ++i) parents_[merged_[i]] = merged_[i];
+    std::fill_n(blobs_.begin(), records.count, InternalBlob());
+    records.count = records.mergedCount = 0;
+}
+
+void BlobStore::StitchBlobs(BlobRecords& records) noexcept {
+    for (std::uint32_t i = 0; i < records.mergedCount; ++i) {
+        InternalBlob const& blob = records.blobs[records.merged[i]];
+        InternalBlob& root = records.blobs[records.FindRoot(records.merged[i])];
+        root.minX = std::min(root.minX, blob.minX);
+        root.maxX = std::max(root.maxX, blob.maxX);
+        root.maxY = std::max(root.maxY, blob.maxY);
+    }
+}
+
+void BlobStore::FilterBlobs(BlobRecords const& records, unsigned int min_area,
+                            std::vector<ConnectedComponents::Blob>& blobs) {
+    auto const reported = [&](std::uint32_t i) { return records.parents[i] == i && records.blobs[i].area >= min_area; };
+    std::size_t count = records.count - records.mergedCount;
+    if (min_area != 0) {
+        count = 0;
+        for (std::uint32_t i = 0; i < records.count; ++i) count += reported(i) ? 1 : 0;
+    }
     // Resized, not cleared and appended to: elements that stay are written once.
     blobs.resize(count);
     auto out = blobs.begin();
-    for (std::size_t i = 0; i < count_; ++i) {
-        InternalBlob const& blob = records_[i];
-        if (blob.parent != i || blob.area < min_area) continue;
-        *out++ = {blob.area, blob.minX, blob.firstY, blob.maxX, blob.maxY, blob.firstX, blob.firstY};
+    for (std::uint32_t i = 0; i < records.count; ++i) {
+        if (!reported(i)) continue;
+        InternalBlob const& blob = records.blobs[i];
+        FirstPixel const first = records.firsts[i];
+        *out++ = {blob.area, blob.minX, first.y, blob.maxX, blob.maxY, first.x, first.y};
     }
 }
 

@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "concom/row_edges.hpp"
+#include "concom/kernels.hpp"
 
 namespace qel::algorithm {
 
@@ -26,7 +26,7 @@ private:
     void OpenBlobs(std::size_t count);
 
     unsigned int width_;
-    concom::EdgeScan scanEdges_ = concom::GetEdgeScan();
+    concom::EdgeScan scanEdges_ = concom::GetKernels().scanEdges;
     // Entry 0 is no run: runs are numbered from 1. Sized so that every other pixel may be one.
     std::vector<BlobStats> current_, previous_;
     std::size_t previousCount_ = 0;
@@ -34,6 +34,8 @@ private:
     // For each open blob, from 1, the first run of the current row that continues it; 0 without one.
     std::vector<std::uint32_t> labelMap_;
     std::unique_ptr<std::uint32_t[]> edges_;
+    std::unique_ptr<concom::Lane[]> ends_, aboveEnds_;
+    std::unique_ptr<std::uint32_t[]> ranks_;
 };
 
 LineByLineConnectedComponents::Impl::Impl(unsigned int width) : width_(width) {
@@ -43,11 +45,15 @@ LineByLineConnectedComponents::Impl::Impl(unsigned int width) : width_(width) {
     open_.reserve(runs);
     labelMap_.reserve(runs);
     edges_ = std::make_unique_for_overwrite<std::uint32_t[]>(std::size_t{width} + concom::EdgeSlack);
+    ends_ = std::make_unique_for_overwrite<concom::Lane[]>(concom::CountLanes(width) + concom::LaneSlack);
+    aboveEnds_ = std::make_unique<concom::Lane[]>(concom::CountLanes(width) + concom::LaneSlack);
+    ranks_ = std::make_unique_for_overwrite<std::uint32_t[]>(concom::CountLanes(width) + concom::LaneSlack);
 }
 
 /// Fills in what a run is by itself; returns the number of runs.
 std::size_t LineByLineConnectedComponents::Impl::ExtractRuns(std::uint32_t const* row) {
-    std::uint32_t const* const end = scanEdges_(row, width_, edges_.get());
+    std::uint32_t const* const end =
+        scanEdges_(row, width_, {edges_.get(), ends_.get(), aboveEnds_.get(), ranks_.get()});
     std::uint32_t number = 0;
     for (std::uint32_t const* edge = edges_.get(); edge != end; edge += 2) {
         BlobStats& run = current_[++number];

@@ -18,23 +18,24 @@
 namespace qel::algorithm::concom {
 namespace {
 
-/// Columns k and after of a word, to be masked away.
-constexpr std::uint32_t PaddingMask(unsigned int width) { return width % 32U == 0 ? 0U : ~0U >> width % 32U; }
-
-std::uint32_t* ScanPlain(std::uint32_t const* words, unsigned int width, std::uint32_t* edges) {
-    std::size_t const count = (width + 31U) / 32U;
-    std::uint64_t carry = 0;
-    for (std::size_t i = 0; i < count; i += 2) {
-        std::uint64_t pixels = std::uint64_t{words[i]} << 32U;
-        if (i + 1 < count) pixels |= words[i + 1];
-        if (i + 2 >= count) pixels &= ~(std::uint64_t{PaddingMask(width)} << (i + 1 < count ? 0U : 32U));
-        std::uint64_t changes = pixels ^ (pixels >> 1U | carry << 63U);
+[[gnu::always_inline]] inline std::uint32_t* ScanEdges(std::uint32_t const* words, unsigned int width,
+                                                       RowEdges const& row) {
+    std::size_t const count = CountLanes(width);
+    std::uint32_t* edges = row.edges;
+    std::uint32_t rank = 0;
+    Lane carry = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        Lane const pixels = LoadLane(words, width, i);
+        Lane changes = pixels ^ (pixels >> 1U | carry << 63U);
+        row.ends[i] = changes & ~pixels;
+        row.ranks[i] = rank;
+        rank += static_cast<std::uint32_t>(std::popcount(row.aboveEnds[i]));
         carry = pixels & 1U;
-        std::uint32_t const column = static_cast<std::uint32_t>(32 * i);
+        std::uint32_t const column = static_cast<std::uint32_t>(64 * i);
         while (changes != 0) {
             int const zeros = std::countl_zero(changes);
             *edges++ = column + static_cast<std::uint32_t>(zeros);
-            changes ^= std::uint64_t{1} << 63U >> zeros;
+            changes ^= Lane{1} << 63U >> zeros;
         }
     }
     if (carry != 0) *edges++ = width;
@@ -43,16 +44,16 @@ std::uint32_t* ScanPlain(std::uint32_t const* words, unsigned int width, std::ui
 
 #if defined(__x86_64__)
 
-#define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi2,bmi,popcnt")
+#define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi2,avx512vpopcntdq,bmi,popcnt")
 
-/// Words in pairs of 64 bits whose lowest bit is the first pixel.
-[[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i ReverseBits(__m512i words) {
-    // Bytes of each word the other way round, then bits of each byte, by halves.
-    __m512i const bytes = _mm512_broadcast_i32x4(_mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12));
+/// Lanes whose lowest bit is the first pixel.
+[[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i ReverseBits(__m512i lanes) {
+    // Bytes of each lane the other way round, then bits of each byte, by halves.
+    __m512i const bytes = _mm512_broadcast_i32x4(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8));
     __m512i const low = _mm512_broadcast_i32x4(
         _mm_setr_epi8(0, 0x08, 0x04, 0x0C, 0x02, 0x0A, 0x06, 0x0E, 0x01, 0x09, 0x05, 0x0D, 0x03, 0x0B, 0x07, 0x0F));
     __m512i const nibble = _mm512_set1_epi8(0x0F);
-    __m512i const swapped = _mm512_shuffle_epi8(words, bytes);
+    __m512i const swapped = _mm512_shuffle_epi8(lanes, bytes);
     __m512i const first = _mm512_shuffle_epi8(low, _mm512_and_si512(swapped, nibble));
     __m512i const second = _mm512_shuffle_epi8(low, _mm512_and_si512(_mm512_srli_epi16(swapped, 4), nibble));
     return _mm512_or_si512(_mm512_slli_epi16(first, 4), second);
@@ -74,14 +75,33 @@ std::uint32_t* ScanPlain(std::uint32_t const* words, unsigned int width, std::ui
     }
 }
 
-[[QEL_TARGET_AVX512]] std::uint32_t* ScanAvx512(std::uint32_t const* words, unsigned int width, std::uint32_t* edges) {
+#endif
+
+}  // namespace
+
+std::uint32_t* ScanEdgesPlain(std::uint32_t const* words, unsigned int width, RowEdges const& row) {
+    return ScanEdges(words, width, row);
+}
+
+#if defined(__x86_64__)
+
+[[gnu::target("avx2,bmi,lzcnt,popcnt")]] std::uint32_t* ScanEdgesAvx2(std::uint32_t const* words, unsigned int width,
+                                                                      RowEdges const& row) {
+    return ScanEdges(words, width, row);
+}
+
+[[QEL_TARGET_AVX512]] std::uint32_t* ScanEdgesAvx512(std::uint32_t const* words, unsigned int width,
+                                                     RowEdges const& row) {
     alignas(64) static constexpr auto Index = [] {
         std::array<std::uint8_t, 64> index{};
         for (std::size_t i = 0; i < index.size(); ++i) index[i] = static_cast<std::uint8_t>(i);
         return index;
     }();
     __m512i const index = _mm512_load_si512(Index.data());
-    std::size_t const count = (width + 31U) / 32U;
+    __m512i const zero = _mm512_setzero_si512();
+    __m512i rank = zero;
+    std::uint32_t* edges = row.edges;
+    std::size_t const count = width / 32U + (width % 32U != 0 ? 1 : 0);
     __m512i previous = _mm512_setzero_si512();
     for (std::size_t i = 0; i < count; i += 16) {
         std::size_t const left = count - i;
@@ -92,14 +112,28 @@ std::uint32_t* ScanPlain(std::uint32_t const* words, unsigned int width, std::ui
             __m512i const padding = _mm512_set1_epi32(static_cast<int>(PaddingMask(width)));
             loaded = _mm512_mask_andnot_epi32(loaded, last, padding, loaded);
         }
-        __m512i const pixels = ReverseBits(loaded);
+        __m512i const pixels = _mm512_rol_epi64(loaded, 32);
         __m512i const before = _mm512_alignr_epi64(pixels, previous, 7);
-        __m512i const changes = _mm512_xor_si512(pixels, _mm512_shldi_epi64(pixels, before, 1));
+        __m512i const shifted = _mm512_shrdi_epi64(pixels, before, 1);
+        __m512i const changes = _mm512_xor_si512(pixels, shifted);
+        _mm512_storeu_si512(row.ends + i / 2, _mm512_andnot_si512(pixels, shifted));
+        __m512i const passed = _mm512_popcnt_epi64(_mm512_loadu_si512(row.aboveEnds + i / 2));
         previous = pixels;
         unsigned int changed = _mm512_test_epi64_mask(changes, changes);
-        if (changed == 0) continue;
+        if (changed == 0) {
+            rank = _mm512_add_epi64(rank, passed);
+            continue;
+        }
+        // Sums over one, two and four lanes make the sums over all lanes before.
+        __m512i sums = _mm512_alignr_epi64(passed, zero, 7);
+        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 7));
+        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 6));
+        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 4));
+        sums = _mm512_add_epi64(sums, _mm512_set1_epi64(_mm512_reduce_add_epi64(rank)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.ranks + i / 2), _mm512_cvtepi64_epi32(sums));
+        rank = _mm512_add_epi64(rank, passed);
         alignas(64) std::uint64_t bits[8];
-        _mm512_store_si512(bits, changes);
+        _mm512_store_si512(bits, ReverseBits(changes));
         do {
             unsigned int const lane = static_cast<unsigned int>(std::countr_zero(changed));
             edges = WriteColumns(bits[lane], static_cast<std::uint32_t>(32 * i) + 64 * lane, index, edges);
@@ -111,27 +145,6 @@ std::uint32_t* ScanPlain(std::uint32_t const* words, unsigned int width, std::ui
     return edges;
 }
 
-constexpr std::array Scans{NamedEdgeScan{"plain", ScanPlain}, NamedEdgeScan{"avx512", ScanAvx512}};
-
-std::size_t CountSupported() {
-    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi2") ? 2 : 1;
-}
-
-#else
-
-constexpr std::array Scans{NamedEdgeScan{"plain", ScanPlain}};
-
-std::size_t CountSupported() { return 1; }
-
 #endif
-
-}  // namespace
-
-boost::span<NamedEdgeScan const> GetSupportedEdgeScans() {
-    static std::size_t const Count = CountSupported();
-    return {Scans.data(), Count};
-}
-
-EdgeScan GetEdgeScan() { return GetSupportedEdgeScans().back().scan; }
 
 }  // namespace qel::algorithm::concom

@@ -1,11 +1,10 @@
-// Every scan that the machine can run, against a walk over the pixels.
-#include "concom/row_edges.hpp"
-
+// Every row scan that the machine can run, against a walk over the pixels.
 #include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "concom/kernels.hpp"
 #include "reference/pixels.hpp"
 
 namespace qel::algorithm::concom {
@@ -24,14 +23,28 @@ Columns WalkPixels(BitMask const& mask) {
     return edges;
 }
 
-class RowEdges : public testing::TestWithParam<NamedEdgeScan> {
+using Lanes = std::vector<Lane>;
+
+bool Get(Lanes const& lanes, unsigned int x) { return (lanes[x / 64] & ColumnBit(x)) != 0; }
+
+class RowEdges : public testing::TestWithParam<Kernels> {
 protected:
-    static Columns Scan(BitMask const& mask) {
-        Columns edges(mask.GetSize().width + EdgeSlack);
-        std::uint32_t const* const end = GetParam().scan(mask.GetData().data(), mask.GetSize().width, edges.data());
+    /// Scans the mask's only row below one that has ends at the columns of above.
+    Columns Scan(BitMask const& mask, Lanes above = {}) {
+        unsigned int const width = mask.GetSize().width;
+        std::size_t const lanes = CountLanes(width) + LaneSlack;
+        Columns edges(width + EdgeSlack);
+        above.resize(lanes);
+        ends_.assign(lanes, 7);
+        ranks_.assign(lanes, 7);
+        std::uint32_t const* const end = GetParam().scanEdges(
+            mask.GetData().data(), width, {edges.data(), ends_.data(), above.data(), ranks_.data()});
         edges.resize(static_cast<std::size_t>(end - edges.data()));
         return edges;
     }
+
+    Lanes ends_;
+    Columns ranks_;
 };
 
 TEST_P(RowEdges, GiveTheColumnsOfEveryWidth) {
@@ -54,13 +67,54 @@ TEST_P(RowEdges, GiveEveryColumnOfACheckeredRow) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(OnThisMachine, RowEdges,
-                         testing::ValuesIn(GetSupportedEdgeScans().begin(), GetSupportedEdgeScans().end()),
-                         [](auto const& scan) { return scan.param.name; });
+TEST_P(RowEdges, MarkWhereRunsEnd) {
+    std::mt19937 random(82);
+    for (unsigned int width = 1; width <= 1100; ++width) {
+        BitMask const mask = reference::Noise({width, 1}, 50, random);
+        Scan(mask);
+        for (unsigned int x = 0; x < width; ++x) {
+            bool const ends = x != 0 && reference::Get(mask, x - 1, 0) && !reference::Get(mask, x, 0);
+            ASSERT_EQ(Get(ends_, x), ends) << width << ' ' << x;
+        }
+    }
+}
 
-TEST(EdgeScans, OfTheFastestKindAreChosen) {
-    EXPECT_STREQ(GetSupportedEdgeScans().front().name, "plain");
-    EXPECT_EQ(GetEdgeScan(), GetSupportedEdgeScans().back().scan);
+TEST_P(RowEdges, CountWhatEndsAboveInTheLanesBeforeEachRun) {
+    std::mt19937 random(83);
+    for (unsigned int width = 1; width <= 2300; width += 7) {
+        for (unsigned int const percent : {1U, 50U}) {
+            BitMask const mask = reference::Noise({width, 1}, percent, random);
+            Lanes above(CountLanes(width));
+            for (Lane& lane : above) lane = Lane{random()} << 32U | random();
+            for (std::uint32_t const edge : Scan(mask, above)) {
+                if (edge == width || !reference::Get(mask, edge, 0)) continue;
+                std::uint32_t rank = 0;
+                for (unsigned int x = 0; x < edge / 64 * 64; ++x) rank += Get(above, x) ? 1 : 0;
+                ASSERT_EQ(ranks_[edge / 64], rank) << width << ' ' << edge;
+            }
+        }
+    }
+}
+
+TEST_P(RowEdges, CountTheZeroWordsInFront) {
+    for (std::size_t const count : {0U, 1U, 5U, 63U, 64U, 65U, 200U}) {
+        for (std::size_t first = 0; first <= count; ++first) {
+            std::vector<std::uint32_t> words(count + 1);
+            words[first] = 1;
+            std::size_t const zeros = GetParam().skipZeros(words.data(), count);
+            ASSERT_LE(zeros, first) << count;
+            ASSERT_GT(zeros + 64, first) << count;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(OnThisMachine, RowEdges,
+                         testing::ValuesIn(GetSupportedKernels().begin(), GetSupportedKernels().end()),
+                         [](auto const& kernels) { return kernels.param.name; });
+
+TEST(Kernels, OfTheFastestKindAreChosen) {
+    EXPECT_STREQ(GetSupportedKernels().front().name, "plain");
+    EXPECT_EQ(&GetKernels(), &GetSupportedKernels().back());
 }
 
 }  // namespace

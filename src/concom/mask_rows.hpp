@@ -1,0 +1,70 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include "concom/blob_store.hpp"
+#include "concom/lanes.hpp"
+#include "concom/row_edges.hpp"
+
+namespace qel::algorithm::concom {
+
+/// How far beyond its own columns a run sees the row above.
+constexpr std::uint32_t CombineBlob4Way = 0;
+constexpr std::uint32_t CombineBlob8Way = 1;
+
+/// Pixels of a row that took the same label: those from column first up to the next segment's.
+///
+/// Where rows are labelled run by run a segment is a run, or a part of one; where they are labelled in bulk it has all
+/// runs up to the next one of another label.
+struct Segment {
+    std::uint32_t first;
+    std::uint32_t label;
+};
+
+/// Stands twice behind a row's last segment, right of every run.
+constexpr Segment Guard{std::numeric_limits<std::uint32_t>::max() - 1, 0};
+
+/// A mask that is being labelled: the row above, which has been, and the current row, which is next.
+struct MaskRows {
+    /// Makes the current row, now labelled, the one above.
+    [[gnu::always_inline]] void Advance() {
+        std::swap(above, current);
+        std::swap(scan.aboveEnds, scan.ends);
+        std::swap(aboveBegins, begins);
+        std::swap(abovePixels, pixels);
+        ++y;
+    }
+
+    /// Records that a row may start, and one that is started for nothing.
+    [[gnu::always_inline]] std::size_t CountNewRecords() const { return std::size_t{width} / 2 + 2; }
+
+    std::uint32_t const* words;
+    std::size_t stride;
+    unsigned int width;
+    std::size_t y;     ///< the current row
+    std::size_t last;  ///< where to stop
+    Segment* above;
+    Segment* current;
+
+    // Run by run: edges of the runs and where segments end.
+    RowEdges scan;
+    std::uint32_t* edgesEnd;
+
+    // In bulk: the pixels between two clear lanes, the columns where segments begin (but for the first), and scratch.
+    Lane* abovePixels;
+    Lane* pixels;
+    Lane* aboveBegins;
+    Lane* begins;
+    Lane* fresh;
+    Lane* touched;
+
+    BlobRecords records;
+    std::size_t room;       ///< for records, those started included
+    std::uint32_t started;  ///< records started before the row above
+};
+
+}  // namespace qel::algorithm::concom
