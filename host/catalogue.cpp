@@ -9,13 +9,11 @@
 #include "error.hpp"
 #include "qel/algorithm/video/inplace/algorithm.hpp"
 #include "qel/algorithm/video/passthrough/algorithm.hpp"
-#include "qel/algorithm/video/plugin/loader.hpp"
 #include "qel/algorithm/video/registry/get.hpp"
 #include "qel/algorithm/video/type.hpp"
 #include "qel/configuration/json.hpp"
 #include "qel/configuration/node/map.hpp"
 #include "qel/system/plugin/find_file.hpp"
-#include "qel/system/plugin/load_error.hpp"
 #include "qel/type/to_string.hpp"
 #include "text.hpp"
 
@@ -63,24 +61,19 @@ std::vector<Known> ListKnown() {
     return known;
 }
 
-std::string JoinNames(std::vector<Known> const& known) {
+std::vector<std::string> GetNames(std::vector<Known> const& known) {
     std::vector<std::string> names;
     for (Known const& entry : known) names.push_back(entry.typeName);
-    return Join(names);
+    return names;
 }
 
 }  // namespace
 
-std::vector<std::string> LoadPlugins() {
-    std::vector<std::string> problems;
-    try {
-        video::plugin::Loader const loader;
-    } catch (system::plugin::LoadError const& error) {
-        for (auto const& problem : error.GetProblems())
-            problems.push_back(problem.file.string() + ": " + problem.reason);
-    }
-    return problems;
-}
+char const* const NoAlgorithm =
+    "no algorithm is installed: no plug-in libqel_algorithm_*.so lies beside libqel_algorithm.so; --plugins names a "
+    "folder of others";
+
+std::vector<std::string> ListAlgorithms() { return GetNames(ListKnown()); }
 
 std::string_view GetShortName(std::string_view typeName) noexcept { return typeName.substr(typeName.rfind('.') + 1); }
 
@@ -104,9 +97,7 @@ std::vector<AlgorithmDescription> DescribeAlgorithms(inference::backend::Manager
 
 hash::MurmurThree32 FindAlgorithm(std::string_view name) {
     std::vector<Known> const known = ListKnown();
-    if (known.empty()) {
-        throw UsageError("no algorithm is installed: no plug-in libqel_algorithm_*.so lies beside libqel_algorithm.so");
-    }
+    if (known.empty()) throw UsageError(NoAlgorithm);
     std::vector<Known> meant;
     for (Known const& entry : known) {
         if (entry.typeName == name) return entry.id;
@@ -116,9 +107,9 @@ hash::MurmurThree32 FindAlgorithm(std::string_view name) {
     }
     if (meant.size() == 1) return meant.front().id;
     if (meant.empty()) {
-        throw UsageError("unknown algorithm '" + std::string(name) + "' (known: " + JoinNames(known) + ")");
+        throw UsageError("unknown algorithm '" + std::string(name) + "' (known: " + Join(GetNames(known)) + ")");
     }
-    throw UsageError("'" + std::string(name) + "' may mean several algorithms: " + JoinNames(meant));
+    throw UsageError("'" + std::string(name) + "' may mean several algorithms: " + Join(GetNames(meant)));
 }
 
 }  // namespace qel::host

@@ -13,8 +13,11 @@
 
 namespace qel::host {
 
-/// Loads the plug-ins of video algorithms; returns a line for each that could not be used. The others can be.
-std::vector<std::string> LoadPlugins();
+/// The type names of all registered algorithms, in their order.
+std::vector<std::string> ListAlgorithms();
+
+/// What there is to say when no algorithm is registered.
+extern char const* const NoAlgorithm;
 
 /// What a person may want to know of an algorithm.
 struct AlgorithmDescription {

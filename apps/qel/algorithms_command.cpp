@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <boost/json.hpp>
 
@@ -8,6 +9,7 @@
 #include "command.hpp"
 #include "json_text.hpp"
 #include "output_file.hpp"
+#include "plugins_option.hpp"
 #include "text.hpp"
 
 namespace qel::app {
@@ -77,12 +79,17 @@ std::string ToText(host::AlgorithmDescription const& description) {
     return text;
 }
 
-int List(bool asJson) {
-    LoadPluginsOrWarn();
+struct Options {
+    bool asJson = false;
+    std::vector<std::string> plugins;
+};
+
+int List(Options const& options) {
+    LoadPluginsOrWarn(options.plugins);
     inference::backend::Manager manager;
     auto const descriptions = host::DescribeAlgorithms(manager);
     std::string text;
-    if (asJson) {
+    if (options.asJson) {
         json::array list;
         for (auto const& description : descriptions) list.push_back(ToJson(description));
         text = json::serialize(json::object{{"algorithms", std::move(list)}}) + "\n";
@@ -92,9 +99,7 @@ int List(bool asJson) {
     host::OutputFile output("-");
     output.Write(text);
     output.Close();
-    if (descriptions.empty()) {
-        Say("no algorithm is installed: no plug-in libqel_algorithm_*.so lies beside libqel_algorithm.so");
-    }
+    if (descriptions.empty()) Say(host::NoAlgorithm);
     return exit_code::Success;
 }
 
@@ -102,10 +107,11 @@ int List(bool asJson) {
 
 std::function<int()> AddAlgorithmsCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("algorithms", "Lists the algorithms and their properties");
-    auto const asJson = std::make_shared<bool>(false);
-    command->add_flag("--json", *asJson, "As JSON, on one line, for programs");
-    command->footer("Example:\n  qel algorithms --json | python3 -m json.tool");
-    return [asJson] { return List(*asJson); };
+    auto const options = std::make_shared<Options>();
+    command->add_flag("--json", options->asJson, "As JSON, on one line, for programs");
+    AddPluginsOption(*command, options->plugins);
+    command->footer("Examples:\n  qel algorithms --json | python3 -m json.tool\n  qel algorithms --plugins build");
+    return [options] { return List(*options); };
 }
 
 }  // namespace qel::app

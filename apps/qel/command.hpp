@@ -20,9 +20,6 @@ std::function<int()> AddMeasureCommand(CLI::App& program);
 std::function<int()> AddCalibrateCommand(CLI::App& program);
 std::function<int()> AddAlgorithmsCommand(CLI::App& program);
 
-/// Loads the plug-ins, with a line of warning for each that cannot be used.
-void LoadPluginsOrWarn();
-
 /// Writes a line to the standard error output, with the program's name before it.
 void Say(std::string const& line);
 

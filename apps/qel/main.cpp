@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "catalogue.hpp"
 #include "command.hpp"
 #include "error.hpp"
 #include "qel/logging/configure.hpp"
@@ -75,10 +74,6 @@ int Main(int argc, char** argv) {
 }
 
 }  // namespace
-
-void LoadPluginsOrWarn() {
-    for (std::string const& problem : host::LoadPlugins()) Say("warning: " + problem);
-}
 
 void Say(std::string const& line) { std::fprintf(stderr, "qel: %s\n", line.c_str()); }
 

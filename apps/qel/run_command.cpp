@@ -17,16 +17,19 @@
 #include "interrupt.hpp"
 #include "json_lines_sink.hpp"
 #include "overlay.hpp"
+#include "plugins_option.hpp"
 #include "progress.hpp"
 #include "run.hpp"
 #include "snapshot_sink.hpp"
+#include "text.hpp"
 
 namespace qel::app {
 namespace {
 
 struct Options {
     std::string video;
-    std::vector<std::string> algorithms{"motion"};
+    std::vector<std::string> algorithms;
+    std::vector<std::string> plugins;
     std::vector<std::string> settings;
     std::string output = "-";
     std::string annotate;
@@ -60,10 +63,11 @@ void AddOptions(CLI::App& command, Options& options) {
     command
         .add_option("-a,--algorithm", options.algorithms,
                     "Which algorithm to run: its type name, or the last part of it; may be repeated, they run in order")
-        ->default_str("motion")
+        ->default_str("motion, or the one that --plugins brings")
         ->take_all()
         ->expected(1)
         ->allow_extra_args(false);
+    AddPluginsOption(command, options.plugins);
     command
         .add_option("-s,--set", options.settings,
                     "Sets a property, or ALGORITHM.NAME where several have one of that name; may be repeated")
@@ -98,7 +102,8 @@ void AddOptions(CLI::App& command, Options& options) {
         "  qel run street.avi --output street.jsonl --annotate street.mp4 --snapshot street.png\n"
         "  qel run street.avi --algorithm motion --algorithm privacy_mask --set mask_motion=shapes --annotate "
         "safe.mp4\n"
-        "  qel run rtsp://camera/stream --set threshold=4 --max-frames 1000\n\n"
+        "  qel run rtsp://camera/stream --set threshold=4 --max-frames 1000\n"
+        "  qel run street.avi --plugins build --output spots.jsonl\n\n"
         "Properties are listed by: qel algorithms\n\n"
         "With --calibration each object gets ground_x_m, ground_y_m, distance_m and height_m, or measurement_error "
         "with\n"
@@ -169,18 +174,29 @@ int ReportInterruption(host::RunReport const& report, host::VideoSource const& s
     return 128 + signal;
 }
 
-host::AlgorithmChain MakeAlgorithms(Options const& options) {
+/// The names that were given; without any, the one algorithm that --plugins brings, or motion without --plugins.
+std::vector<std::string> ChooseAlgorithms(Options const& options, std::vector<std::string> const& fromFolders) {
+    if (!options.algorithms.empty()) return options.algorithms;
+    if (options.plugins.empty()) return {"motion"};
+    if (fromFolders.size() == 1) return fromFolders;
+    throw host::UsageError(fromFolders.empty()
+                               ? "--plugins brings no algorithm of its own: name an installed one with --algorithm"
+                               : "--plugins brings several algorithms: name one or more of " + host::Join(fromFolders) +
+                                     " with --algorithm");
+}
+
+host::AlgorithmChain MakeAlgorithms(Options const& options, std::vector<std::string> const& fromFolders) {
     std::vector<hash::MurmurThree32> ids;
-    for (std::string const& name : options.algorithms) ids.push_back(host::FindAlgorithm(name));
+    for (std::string const& name : ChooseAlgorithms(options, fromFolders)) ids.push_back(host::FindAlgorithm(name));
     std::vector<host::Setting> settings;
     for (std::string const& text : options.settings) settings.push_back(host::ParseSetting(text));
     return {ids, settings};
 }
 
 int Run(Options const& options) {
-    LoadPluginsOrWarn();
+    std::vector<std::string> const fromFolders = LoadPluginsOrWarn(options.plugins);
     host::Interrupt const interrupt;
-    host::AlgorithmChain algorithms = MakeAlgorithms(options);
+    host::AlgorithmChain algorithms = MakeAlgorithms(options, fromFolders);
     std::optional<host::calibration::Calibration> calibration;
     std::optional<host::calibration::ObjectMeasurer> measurer;
     if (!options.calibration.empty()) {

@@ -85,7 +85,8 @@ TEST(QelAlgorithms, SaysThatThereAreNone) {
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output, "");
     std::string const none =
-        "qel: no algorithm is installed: no plug-in libqel_algorithm_*.so lies beside libqel_algorithm.so\n";
+        "qel: no algorithm is installed: no plug-in libqel_algorithm_*.so lies beside libqel_algorithm.so; --plugins "
+        "names a folder of others\n";
     EXPECT_EQ(outcome.error, none);
     command.arguments = {"run", "/nowhere/video.avi"};
     outcome = RunProcess(command);

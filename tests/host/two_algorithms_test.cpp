@@ -91,7 +91,7 @@ video::Properties MakeProperties(AlgorithmChain& chain, std::size_t index) {
 class TwoAlgorithms : public testing::Test {
 protected:
     static AlgorithmChain Make() {
-        EXPECT_EQ(LoadPlugins(), std::vector<std::string>());
+        EXPECT_EQ(LoadPlugins().problems, std::vector<std::string>());
         return {{FindAlgorithm("motion"), FindAlgorithm("privacy_mask")},
                 {{"mode", "blank"}, {"zones", Zone('A')}, {"motion.minimum_area", "50"}}};
     }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qel::host {
+
+/// What came of loading plug-ins.
+struct LoadedPlugins {
+    /// A line for each plug-in that could not be used; the others can be.
+    std::vector<std::string> problems;
+    /// The type names of the algorithms that the folders brought, in their order.
+    std::vector<std::string> fromFolders;
+};
+
+/// Loads the plug-ins of video algorithms that lie beside the library, then those of the folders, in their order.
+/// Throws UsageError, before anything is loaded, when a folder cannot be read or holds no plug-in: a mistyped one would
+/// show as an algorithm that is missing.
+LoadedPlugins LoadPlugins(std::vector<std::string> const& folders = {});
+
+}  // namespace qel::host
