@@ -1,6 +1,6 @@
 // Compares the calibration engine with lengths that were surveyed in the field.
 //
-//   qel_calibration_check SURVEY.csv
+//   qel_example_calibration_check SURVEY.csv
 //
 // The table's columns: kind ("dist" or "height"), view (the camera's name), width and height of the picture in pixels,
 // tilt, roll, camera height in metres, vertical field of view (degrees), the first point x and y, then the second
@@ -124,13 +124,13 @@ int Check(char const* path) {
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::fprintf(stderr, "usage: qel_calibration_check SURVEY.csv\n");
+        std::fprintf(stderr, "usage: qel_example_calibration_check SURVEY.csv\n");
         return 2;
     }
     try {
         return Check(argv[1]);
     } catch (std::exception const& error) {
-        std::fprintf(stderr, "qel_calibration_check: %s: %s\n", argv[1], error.what());
+        std::fprintf(stderr, "qel_example_calibration_check: %s: %s\n", argv[1], error.what());
         return 1;
     }
 }

@@ -13,6 +13,7 @@
 
 #include "algorithm_chain.hpp"
 #include "catalogue.hpp"
+#include "plugins.hpp"
 #include "plugins/motion/moving_box.hpp"
 #include "qel/algorithm/video/properties.hpp"
 #include "qel/algorithm/video/registry/get.hpp"

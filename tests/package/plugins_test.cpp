@@ -104,5 +104,12 @@ TEST(ExamplePlugin, FindsBrightSpotsAboveItsThreshold) {
               "object: bright spot of 4 pixels at 9,0 to 10,4\n");
 }
 
+TEST(ExamplePlugin, SpotlightRegistersBesideTheOther) {
+    Installation const installation;
+    installation.AddPlugin("plugin/bright_spots");
+    installation.AddPlugin("plugin/spotlight");
+    EXPECT_EQ(installation.Probe(), "algorithm: example.BrightSpots\nalgorithm: example.Spotlight\n");
+}
+
 }  // namespace
 }  // namespace qel::test

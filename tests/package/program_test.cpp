@@ -35,5 +35,20 @@ TEST(InstalledProgram, RunsAPluginThatWasPutBesideTheLibrary) {
     EXPECT_THAT(run("smallest_area=65"), testing::Not(HasSubstr("bright spot")));
 }
 
+TEST(InstalledProgram, HandsWhatAPluginChangesToTheNext) {
+    Installation const installation;
+    installation.AddPlugin("plugin/bright_spots");
+    installation.AddPlugin("plugin/spotlight");
+    TemporaryDirectory const folder;
+    WriteMovingSquare(folder / "square.mkv", {.frames = 3});
+    auto const run = [&](std::string const& first, std::string const& second) {
+        return installation.Qel({"run", folder / "square.mkv", "--algorithm", first, "--algorithm", second, "--set",
+                                 "brightness=50", "--quiet"});
+    };
+    // The spot stays as bright as it is where it has been found before, or else becomes too dark to be found.
+    EXPECT_THAT(run("bright_spots", "spotlight"), HasSubstr("bright spot"));
+    EXPECT_THAT(run("spotlight", "bright_spots"), testing::Not(HasSubstr("bright spot")));
+}
+
 }  // namespace
 }  // namespace qel::test

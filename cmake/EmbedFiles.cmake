@@ -1,0 +1,16 @@
+# Writes a C++ source with the texts of files: cmake -DOUTPUT=... -DHEADER=... -DARRAY=ns::Name -DFILES=a,b -P EmbedFiles.cmake
+# defines the array, which the header declares, of records {file name, text}, and ends it by one of two null pointers.
+set(code "// Made by cmake/EmbedFiles.cmake.\n#include \"${HEADER}\"\n\n")
+if(NOT ARRAY MATCHES "^(.+)::([^:]+)$")
+  message(FATAL_ERROR "ARRAY is no qualified name: ${ARRAY}")
+endif()
+set(namespace "${CMAKE_MATCH_1}")
+string(APPEND code "namespace ${namespace} {\n\nTemplateFile const ${CMAKE_MATCH_2}[] = {\n")
+string(REPLACE "," ";" files "${FILES}")
+foreach(file IN LISTS files)
+  file(READ "${file}" text)
+  cmake_path(GET file FILENAME name)
+  string(APPEND code "    {\"${name}\", R\"---(${text})---\"},\n")
+endforeach()
+string(APPEND code "    {nullptr, nullptr},\n};\n\n}  // namespace ${namespace}\n")
+file(WRITE "${OUTPUT}" "${code}")
