@@ -13,11 +13,11 @@
 
 namespace qel::algorithm::info {
 
-inline constexpr char VersionNode[] = "version";
-inline constexpr char TypenameNode[] = "typename";
-inline constexpr char ModelStatusNode[] = "model_status";
-inline constexpr char ClassesNode[] = "classes";
-inline constexpr char ColoursNode[] = "colours";
+inline constexpr char VersionNode[] = "version";           ///< the version of its model
+inline constexpr char TypenameNode[] = "typename";         ///< what kind of algorithm it is
+inline constexpr char ModelStatusNode[] = "model_status";  ///< where its models stand
+inline constexpr char ClassesNode[] = "classes";           ///< the labels that it gives
+inline constexpr char ColoursNode[] = "colours";           ///< the colours that it tells
 
 /// Describes an analytic algorithm as it is published in the configuration tree: what it is, the version of its model
 /// and where that model stands. The kinds derive from it and add what they can tell.

@@ -138,7 +138,7 @@ protected:
     // The lock of the trees is held by the caller of what ends in Locked.
     Nodes const& GetChildrenLocked() const noexcept { return children_; }
     std::string GetPathLocked(Node const* root = nullptr) const;
-    void CheckNotFrozenLocked() const;
+    void CheckNotFrozenLocked() const;  ///< throws std::logic_error, with the path, for a frozen node
     /// Appends children; throws, before appending any, when one is part of a tree already or above this node.
     void AdoptLocked(Nodes const& children);
     /// Exchanges the children; the former ones are handed back and have no parent any more.

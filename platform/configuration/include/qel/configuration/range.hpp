@@ -14,6 +14,6 @@ struct Range {
 };
 
 template <class T>
-Range(T, T) -> Range<T>;
+Range(T, T) -> Range<T>;  ///< Range{1, 10} is one of int
 
 }  // namespace qel::configuration

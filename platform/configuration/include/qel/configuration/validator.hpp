@@ -24,8 +24,8 @@ public:
     template <class T>
     Validator(Range<T> range) : Validator(Bound(range.minimum), Bound(range.maximum)) {}
 
-    static Validator Minimum(long double minimum) { return {Bound(minimum), Bound()}; }
-    static Validator Maximum(long double maximum) { return {Bound(), Bound(maximum)}; }
+    static Validator Minimum(long double minimum) { return {Bound(minimum), Bound()}; }  ///< from it on
+    static Validator Maximum(long double maximum) { return {Bound(), Bound(maximum)}; }  ///< up to it
     /// Throws std::invalid_argument when the pattern is no regular expression.
     static Validator Pattern(std::string pattern);
 

@@ -13,7 +13,7 @@ public:
         : value_(std::addressof(value)),
           write_([](std::ostream& stream, void const* other) { stream << *static_cast<T const*>(other); }) {}
 
-    void Write(std::ostream& stream) const { write_(stream, value_); }
+    void Write(std::ostream& stream) const { write_(stream, value_); }  ///< the value must still exist
 
 private:
     void const* value_;

@@ -26,7 +26,7 @@ public:
 
     using Value::Set;
     using Value::Stage;
-    void Stage(T value);
+    void Stage(T value);  ///< throws std::out_of_range for a value that is not allowed, as Set and StageData do
     void Set(T value);
 
     using Node::Schema;

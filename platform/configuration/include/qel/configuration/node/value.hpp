@@ -44,7 +44,7 @@ protected:
     Value(char const* typeName, std::string name, std::string description, Options options, ObjectPtr defaultValue,
           std::shared_ptr<Validator const> validator);
 
-    void StageObject(ObjectPtr value);
+    void StageObject(ObjectPtr value);  ///< of the node's own type; checked against what is allowed
     void SetObject(ObjectPtr value);
     std::shared_ptr<Validator const> const& GetValidatorLocked() const noexcept { return validator_; }
     /// Takes over what a node of the same type holds; the former values are exchanged for them.

@@ -12,6 +12,6 @@ enum class Option : unsigned char {
     CallNow = 0,
 };
 
-using Options = type::Flags<Option>;
+using Options = type::Flags<Option>;  ///< a set of them
 
 }  // namespace qel::configuration::node::binding
