@@ -63,8 +63,9 @@ void DynamicEnum::CheckAllowedLocked(object::Object const& value, std::string co
 }
 
 void DynamicEnum::CopyLocked(Value const& other) {
-    choices_ = static_cast<DynamicEnum const&>(other).choices_;
+    std::set<std::string> choices = static_cast<DynamicEnum const&>(other).choices_;
     Value::CopyLocked(other);
+    choices_.swap(choices);
 }
 
 Node::ObjectPtr DynamicEnum::Convert(object::Object const& value) const {
@@ -79,7 +80,7 @@ void DynamicEnum::Write(cereal::JSONOutputArchive& archive, object::Object const
     detail::WriteJson(archive, detail::ValueOf<std::string>(value));
 }
 
-bool DynamicEnum::IsSame(object::Object const& left, object::Object const& right) const {
+bool DynamicEnum::IsSame(object::Object const& left, object::Object const& right) const noexcept {
     return detail::ValueOf<std::string>(left) == detail::ValueOf<std::string>(right);
 }
 

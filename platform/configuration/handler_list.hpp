@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -22,14 +23,14 @@ public:
     void End() noexcept;
 
 private:
-    struct Run;
+    class Run;
 
-    void Leave() noexcept;
+    bool IsInside(std::thread::id thread) const noexcept;
 
     std::mutex mutex_;
     std::condition_variable left_;
-    // The threads that are inside the handler; a thread stands in it once for each call.
-    std::vector<std::thread::id> threads_;
+    // The calls that are under way, the latest first. Each stands on the stack of its thread.
+    Run* runs_ = nullptr;
     bool ended_ = false;
     // Emptied when the handler has ended and no thread is inside.
     Node::Handler function_;
@@ -38,14 +39,24 @@ private:
 /// The handlers bound to one node, in the order in which they were bound.
 class HandlerList {
 public:
-    std::shared_ptr<BoundHandler> Add(Node::Handler function);
+    void Add(std::shared_ptr<BoundHandler> handler);
     void Remove(BoundHandler const& handler) noexcept;
     /// Calls the handlers that are bound now; keeps the first exception in error unless there is one already.
-    void Call(std::shared_ptr<Event const> const& event, std::exception_ptr& error) const;
+    void Call(std::shared_ptr<Event const> const& event, std::exception_ptr& error) const noexcept;
 
 private:
+    struct Entry {
+        std::uint64_t number;
+        std::shared_ptr<BoundHandler> handler;
+    };
+
+    /// The first handler numbered from first to last, both inclusive; none is left when its pointer is null.
+    Entry Find(std::uint64_t first, std::uint64_t last) const noexcept;
+
     mutable std::mutex mutex_;
-    std::vector<std::shared_ptr<BoundHandler>> handlers_;
+    // Numbered in the order in which they were bound, so that a walk finds its place again without a copy of the list.
+    std::vector<Entry> handlers_;
+    std::uint64_t lastNumber_ = 0;
 };
 
 }  // namespace qel::configuration::detail

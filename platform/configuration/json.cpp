@@ -1,5 +1,6 @@
 #include "qel/configuration/json.hpp"
 
+#include <new>
 #include <sstream>
 
 #include <cereal/archives/json.hpp>
@@ -18,8 +19,17 @@ std::string ToText(Write const& write) {
     std::ostringstream stream;
     {
         cereal::JSONOutputArchive archive(stream, cereal::JSONOutputArchive::Options::NoIndent());
-        write(archive);
+        try {
+            write(archive);
+        } catch (...) {
+            // The archive's destructor ends the object that it stands in, and the process when there was no memory to
+            // begin it. It ends no list that has not begun.
+            archive.makeArray();
+            throw;
+        }
     }
+    // Streams keep it to themselves that they found no memory.
+    if (!stream) throw std::bad_alloc();
     std::string text = stream.str();
     // The archive ends each member's line; within texts it escapes the ends of lines.
     std::erase(text, '\n');

@@ -85,6 +85,7 @@ void Map::Insert(std::shared_ptr<Node> child) {
     if (predicate_ && !predicate_(*child)) {
         throw std::invalid_argument(Join(GetPath(), name) + ": the map does not take this node");
     }
+    Nodes const self{GetPtr()};
     auto const now = std::chrono::system_clock::now();
     {
         TreeLock const lock;
@@ -93,7 +94,7 @@ void Map::Insert(std::shared_ptr<Node> child) {
         AdoptLocked({child});
         SetTimestampLocked(now);
     }
-    FireAll({GetPtr()});
+    FireAll(self);
 }
 
 void Map::SetOne(Change change) {
@@ -171,8 +172,8 @@ void Map::WriteData(cereal::JSONOutputArchive& archive, Which which) const { Wri
 // A map has no value of its own to stage.
 void Map::CheckLocked(object::Object const&) const {}
 
-bool Map::IsCurrentLocked(object::Object const&) const { return true; }
+bool Map::IsCurrentLocked(object::Object const&) const noexcept { return true; }
 
-void Map::CommitLocked(ObjectPtr&) {}
+void Map::CommitLocked(ObjectPtr&) noexcept {}
 
 }  // namespace qel::configuration::node

@@ -89,44 +89,58 @@ bool Node::IsOrIsBelowLocked(Node const& other) const noexcept {
 
 type::Binding Node::Bind(Handler handler, node::binding::Options options) {
     if (!handler) throw std::invalid_argument(GetPath() + ": the handler to bind must not be empty");
-    auto const bound = handlers_->Add(std::move(handler));
+    auto const bound = std::make_shared<detail::BoundHandler>(std::move(handler));
+    // Made first: what is added has something to remove it, whatever fails from here on.
     type::Binding binding([list = std::weak_ptr(handlers_), bound] {
         if (auto const handlers = list.lock()) handlers->Remove(*bound);
         bound->End();
     });
+    handlers_->Add(bound);
     // Bound first, called then: a change in between reaches the handler twice rather than never.
-    if (options.Test(node::binding::Option::CallNow)) bound->Call(std::make_shared<Event const>(GetPtr()));
+    if (options.Test(node::binding::Option::CallNow)) bound->Call({GetPtr(), &event_});
     return binding;
 }
 
 void Node::Commit() {
     // Declared before the lock: what goes is destroyed without it.
-    std::vector<ObjectPtr> released;
+    ObjectPtr own;
+    std::vector<ObjectPtr> below;
     auto const now = std::chrono::system_clock::now();
     TreeLock const lock;
-    CommitTreeLocked(now, released);
+    below.reserve(CountStagedBelowLocked());
+    CommitHereLocked(now, own);
+    for (auto const& child : children_) child->CommitTreeLocked(now, below);
 }
 
-void Node::CommitTreeLocked(Timestamp now, std::vector<ObjectPtr>& released) {
-    if (staged_) {
-        ObjectPtr& value = released.emplace_back();
-        value.swap(staged_);
-        if (!IsCurrentLocked(*value)) {
-            CommitLocked(value);
-            timestamp_ = now;
-            pending_ = true;
-        }
-    }
+std::size_t Node::CountStagedBelowLocked() const noexcept {
+    std::size_t count = 0;
+    for (auto const& child : children_) count += (child->staged_ ? 1 : 0) + child->CountStagedBelowLocked();
+    return count;
+}
+
+void Node::CommitTreeLocked(Timestamp now, std::vector<ObjectPtr>& released) noexcept {
+    if (staged_) CommitHereLocked(now, released.emplace_back());
     for (auto const& child : children_) child->CommitTreeLocked(now, released);
 }
 
-void Node::Discard() {
-    std::vector<ObjectPtr> released;
-    TreeLock const lock;
-    DiscardTreeLocked(released);
+void Node::CommitHereLocked(Timestamp now, ObjectPtr& released) noexcept {
+    released.swap(staged_);
+    if (!released || IsCurrentLocked(*released)) return;
+    CommitLocked(released);
+    timestamp_ = now;
+    pending_ = true;
 }
 
-void Node::DiscardTreeLocked(std::vector<ObjectPtr>& released) {
+void Node::Discard() {
+    ObjectPtr own;
+    std::vector<ObjectPtr> below;
+    TreeLock const lock;
+    below.reserve(CountStagedBelowLocked());
+    own.swap(staged_);
+    for (auto const& child : children_) child->DiscardTreeLocked(below);
+}
+
+void Node::DiscardTreeLocked(std::vector<ObjectPtr>& released) noexcept {
     if (staged_) released.emplace_back().swap(staged_);
     for (auto const& child : children_) child->DiscardTreeLocked(released);
 }
@@ -134,10 +148,11 @@ void Node::DiscardTreeLocked(std::vector<ObjectPtr>& released) {
 void Node::Freeze(node::Freeze mode) {
     std::vector<ObjectPtr> released;
     TreeLock const lock;
+    released.reserve(CountStagedBelowLocked() + 1);
     FreezeTreeLocked(mode == node::Freeze::Frozen, released);
 }
 
-void Node::FreezeTreeLocked(bool frozen, std::vector<ObjectPtr>& released) {
+void Node::FreezeTreeLocked(bool frozen, std::vector<ObjectPtr>& released) noexcept {
     if (frozen && staged_) released.emplace_back().swap(staged_);
     frozen_ = frozen;
     for (auto const& child : children_) child->FreezeTreeLocked(frozen, released);
@@ -148,17 +163,27 @@ void Node::CheckNotFrozenLocked() const {
 }
 
 void Node::Fire() {
-    Nodes nodes;
+    Nodes below;
+    auto const self = GetPtr();
     {
         TreeLock const lock;
+        below.reserve(CountPendingBelowLocked());
         pending_ = false;
-        for (auto const& child : children_) child->TakePendingLocked(nodes);
+        for (auto const& child : children_) child->TakePendingLocked(below);
     }
-    nodes.push_back(GetPtr());
-    FireAll(nodes);
+    std::exception_ptr error;
+    for (auto const& node : below) CallHandlers(node, error);
+    CallHandlers(self, error);
+    if (error) std::rethrow_exception(error);
 }
 
-void Node::TakePendingLocked(Nodes& pending) {
+std::size_t Node::CountPendingBelowLocked() const noexcept {
+    std::size_t count = 0;
+    for (auto const& child : children_) count += (child->pending_ ? 1 : 0) + child->CountPendingBelowLocked();
+    return count;
+}
+
+void Node::TakePendingLocked(Nodes& pending) noexcept {
     if (pending_) {
         pending.push_back(GetPtr());
         pending_ = false;
@@ -166,9 +191,14 @@ void Node::TakePendingLocked(Nodes& pending) {
     for (auto const& child : children_) child->TakePendingLocked(pending);
 }
 
+void Node::CallHandlers(std::shared_ptr<Node> const& node, std::exception_ptr& error) noexcept {
+    // Shares the node, so that the event keeps it alive.
+    node->handlers_->Call({node, &node->event_}, error);
+}
+
 void Node::FireAll(Nodes const& nodes) {
     std::exception_ptr error;
-    for (auto const& node : nodes) node->handlers_->Call(std::make_shared<Event const>(node), error);
+    for (auto const& node : nodes) CallHandlers(node, error);
     if (error) std::rethrow_exception(error);
 }
 

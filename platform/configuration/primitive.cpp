@@ -135,7 +135,7 @@ void Primitive<T>::Write(cereal::JSONOutputArchive& archive, object::Object cons
 }
 
 template <object::PrimitiveValue T>
-bool Primitive<T>::IsSame(object::Object const& left, object::Object const& right) const {
+bool Primitive<T>::IsSame(object::Object const& left, object::Object const& right) const noexcept {
     return detail::ValueOf<T>(left) == detail::ValueOf<T>(right);
 }
 

@@ -75,6 +75,7 @@ void Value::Copy(Value const& other) {
     if (GetTypeId() != other.GetTypeId()) throw other.BadCastError(GetTypeName());
     if (this == &other) return;
     bool changed = false;
+    Nodes const self{GetPtr()};
     auto const now = std::chrono::system_clock::now();
     {
         TreeLock const lock;
@@ -83,7 +84,7 @@ void Value::Copy(Value const& other) {
         CopyLocked(other);
         if (changed) SetTimestampLocked(now);
     }
-    if (changed) FireAll({GetPtr()});
+    if (changed) FireAll(self);
 }
 
 void Value::CopyLocked(Value const& other) {
@@ -99,7 +100,7 @@ bool Value::EqualTo(Value const& other) const {
     return IsEqualLocked(other);
 }
 
-bool Value::IsEqualLocked(Value const& other) const {
+bool Value::IsEqualLocked(Value const& other) const noexcept {
     return GetTypeId() == other.GetTypeId() && IsSame(*value_, *other.value_);
 }
 
@@ -108,9 +109,9 @@ void Value::CheckLocked(object::Object const& value) const {
     CheckAllowedLocked(value, GetPathLocked());
 }
 
-bool Value::IsCurrentLocked(object::Object const& value) const { return IsSame(*value_, value); }
+bool Value::IsCurrentLocked(object::Object const& value) const noexcept { return IsSame(*value_, value); }
 
-void Value::CommitLocked(ObjectPtr& value) { value_.swap(value); }
+void Value::CommitLocked(ObjectPtr& value) noexcept { value_.swap(value); }
 
 void Value::ReadData(cereal::JSONInputArchive& archive, Plan& plan) {
     std::string const path = GetPath();

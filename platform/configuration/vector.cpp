@@ -17,7 +17,8 @@ class Vector::Elements : public object::Object {
 public:
     explicit Elements(Nodes elements) : Object("qel.configuration.node.Vector.Elements"), nodes(std::move(elements)) {}
 
-    Nodes nodes;
+    // Exchanged when the list is committed, by whoever holds the only pointer to it and the lock of the trees.
+    mutable Nodes nodes;
 };
 
 Vector::Vector(std::string name, std::string description, Options options,
@@ -66,6 +67,7 @@ void Vector::Add(std::vector<Change> changes) {
         if (!change.value) throw std::invalid_argument(elementPath + ": there is no value to add");
         elements.push_back(MakeElement(std::move(change.name), *change.value, elementPath));
     }
+    Nodes const self{GetPtr()};
     auto const now = std::chrono::system_clock::now();
     {
         TreeLock const lock;
@@ -73,7 +75,7 @@ void Vector::Add(std::vector<Change> changes) {
         AdoptLocked(elements);
         SetTimestampLocked(now);
     }
-    if (!elements.empty()) FireAll({GetPtr()});
+    if (!elements.empty()) FireAll(self);
 }
 
 void Vector::Schema(cereal::JSONOutputArchive& archive) const {
@@ -109,7 +111,7 @@ void Vector::WriteData(cereal::JSONOutputArchive& archive, Which which) const {
 
 void Vector::CheckLocked(object::Object const&) const { CheckNotFrozenLocked(); }
 
-bool Vector::IsCurrentLocked(object::Object const& value) const {
+bool Vector::IsCurrentLocked(object::Object const& value) const noexcept {
     Nodes const& others = static_cast<Elements const&>(value).nodes;
     // Elements are values: nothing else is ever made one.
     auto const isEqual = [](auto const& left, auto const& right) {
@@ -119,10 +121,8 @@ bool Vector::IsCurrentLocked(object::Object const& value) const {
     return std::equal(elements.begin(), elements.end(), others.begin(), others.end(), isEqual);
 }
 
-void Vector::CommitLocked(ObjectPtr& value) {
-    auto former = std::make_shared<Elements>(static_cast<Elements const&>(*value).nodes);
-    ReplaceChildrenLocked(former->nodes);
-    value = std::move(former);
+void Vector::CommitLocked(ObjectPtr& value) noexcept {
+    ReplaceChildrenLocked(static_cast<Elements const&>(*value).nodes);
 }
 
 }  // namespace qel::configuration::node

@@ -1,22 +1,24 @@
 #pragma once
 
-#include <memory>
-#include <utility>
-
 namespace qel::configuration {
 
 class Node;
 
-/// What a handler is told when a node fires. It keeps the node alive.
+/// What a handler is told when a node fires. The shared pointer that handlers get keeps the node alive.
+///
+/// Threads: any, at any time.
 class Event {
 public:
-    explicit Event(std::shared_ptr<Node> node) noexcept : node_(std::move(node)) {}
+    /// Part of the node, so that firing takes no memory.
+    explicit Event(Node& node) noexcept : node_(node) {}
+    Event(Event const&) = delete;
+    Event& operator=(Event const&) = delete;
 
     /// The node that fired; its value may have changed again since.
-    Node& GetNode() const noexcept { return *node_; }
+    Node& GetNode() const noexcept { return node_; }
 
 private:
-    std::shared_ptr<Node> node_;
+    Node& node_;
 };
 
 }  // namespace qel::configuration

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -30,6 +32,8 @@ class HandlerList;
 ///
 /// A value changes in three steps: Stage remembers a new one, Commit makes it current, Fire tells the handlers bound to
 /// the node. Set, Copy, Insert and Add take all the steps at once.
+///
+/// Memory: an operation that runs out of it throws std::bad_alloc and has changed nothing, unless it says otherwise.
 ///
 /// Threads: any thread may call any operation at any time. A reader sees the old or the new value of a node, never a
 /// mixture. No lock is held while handlers (and the predicate of a map) run, so these may call everything as well.
@@ -98,7 +102,8 @@ public:
     /// Forgets what is staged in this node and below it.
     void Discard();
     /// Calls the handlers of every node below that a commit changed and that has not fired since, then those of this
-    /// node, in any case. All of them run, whatever they throw; then the first exception is thrown on.
+    /// node, in any case. All of them run, whatever they throw; then the first exception is thrown on. Firing the node
+    /// again calls a handler that has failed once more.
     void Fire();
 
     /// Forbids changes of this node and all below it, or allows them again; see node::Freeze.
@@ -156,15 +161,21 @@ private:
     /// Throws when a value that ReadData made must not be staged.
     virtual void CheckLocked(object::Object const& value) const = 0;
     /// Whether staging a value that ReadData made would change nothing.
-    virtual bool IsCurrentLocked(object::Object const& value) const = 0;
+    virtual bool IsCurrentLocked(object::Object const& value) const noexcept = 0;
     /// Exchanges the current value with a staged one that differs from it.
-    virtual void CommitLocked(ObjectPtr& value) = 0;
+    virtual void CommitLocked(ObjectPtr& value) noexcept = 0;
 
     void CheckReadable() const;
-    void CommitTreeLocked(Timestamp now, std::vector<ObjectPtr>& released);
-    void DiscardTreeLocked(std::vector<ObjectPtr>& released);
-    void FreezeTreeLocked(bool frozen, std::vector<ObjectPtr>& released);
-    void TakePendingLocked(Nodes& pending);
+    static void CallHandlers(std::shared_ptr<Node> const& node, std::exception_ptr& error) noexcept;
+    // Room for what the nodes below hand out is reserved by their number: nothing can fail once a node has changed. A
+    // node without any below takes no memory.
+    std::size_t CountStagedBelowLocked() const noexcept;
+    void CommitTreeLocked(Timestamp now, std::vector<ObjectPtr>& released) noexcept;
+    void CommitHereLocked(Timestamp now, ObjectPtr& released) noexcept;
+    void DiscardTreeLocked(std::vector<ObjectPtr>& released) noexcept;
+    void FreezeTreeLocked(bool frozen, std::vector<ObjectPtr>& released) noexcept;
+    std::size_t CountPendingBelowLocked() const noexcept;
+    void TakePendingLocked(Nodes& pending) noexcept;
     bool IsOrIsBelowLocked(Node const& other) const noexcept;
     bool HasElements() const noexcept;
     bool IsOn(node::Option option) const noexcept { return options_.Test(option); }
@@ -183,6 +194,7 @@ private:
     bool pending_ = false;
     // Has a lock of its own.
     std::shared_ptr<detail::HandlerList> const handlers_;
+    Event const event_{*this};
 };
 
 }  // namespace qel::configuration

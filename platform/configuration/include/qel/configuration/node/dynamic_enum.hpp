@@ -39,7 +39,7 @@ private:
     ObjectPtr Convert(object::Object const& value) const override;
     ObjectPtr Read(cereal::JSONInputArchive& archive, std::string const& path) const override;
     void Write(cereal::JSONOutputArchive& archive, object::Object const& value) const override;
-    bool IsSame(object::Object const& left, object::Object const& right) const override;
+    bool IsSame(object::Object const& left, object::Object const& right) const noexcept override;
     void CheckAllowedLocked(object::Object const& value, std::string const& path) const override;
 
     // Guarded by the lock of the trees.

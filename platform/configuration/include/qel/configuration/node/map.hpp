@@ -54,7 +54,8 @@ public:
     void Schema(cereal::JSONOutputArchive& archive) const override;
     /// Brings the nodes that the schemas describe into being, in their order, with the maps and vectors on their paths
     /// (which get the schema's options and no description). A node that exists already and is of the described type
-    /// stays as it is; one of another type is a std::invalid_argument, and the schemas before that one stay applied.
+    /// stays as it is; one of another type is a std::invalid_argument. Whatever is thrown, what has been made by then
+    /// stays, and applying the schemas again makes the rest.
     void Schema(std::vector<configuration::Schema> const& schemas);
 
 private:
@@ -62,8 +63,8 @@ private:
     void ReadData(cereal::JSONInputArchive& archive, Plan& plan) override;
     void WriteData(cereal::JSONOutputArchive& archive, Which which) const override;
     void CheckLocked(object::Object const& value) const override;
-    bool IsCurrentLocked(object::Object const& value) const override;
-    void CommitLocked(ObjectPtr& value) override;
+    bool IsCurrentLocked(object::Object const& value) const noexcept override;
+    void CommitLocked(ObjectPtr& value) noexcept override;
 
     void SetOne(Change change);
     std::shared_ptr<Node> FindLocked(std::string_view path) const;

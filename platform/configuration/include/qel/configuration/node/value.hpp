@@ -59,17 +59,17 @@ private:
     virtual ObjectPtr Convert(object::Object const& value) const = 0;
     virtual ObjectPtr Read(cereal::JSONInputArchive& archive, std::string const& path) const = 0;
     virtual void Write(cereal::JSONOutputArchive& archive, object::Object const& value) const = 0;
-    virtual bool IsSame(object::Object const& left, object::Object const& right) const = 0;
+    virtual bool IsSame(object::Object const& left, object::Object const& right) const noexcept = 0;
     /// Throws std::out_of_range when a converted value is not allowed.
     virtual void CheckAllowedLocked(object::Object const& value, std::string const& path) const = 0;
 
     void ReadData(cereal::JSONInputArchive& archive, Plan& plan) final;
     void WriteData(cereal::JSONOutputArchive& archive, Which which) const final;
     void CheckLocked(object::Object const& value) const final;
-    bool IsCurrentLocked(object::Object const& value) const final;
-    void CommitLocked(ObjectPtr& value) final;
+    bool IsCurrentLocked(object::Object const& value) const noexcept final;
+    void CommitLocked(ObjectPtr& value) noexcept final;
 
-    bool IsEqualLocked(Value const& other) const;
+    bool IsEqualLocked(Value const& other) const noexcept;
     /// Sets converted values: all of them, or none when one is refused.
     static void SetAll(Batch batch);
 

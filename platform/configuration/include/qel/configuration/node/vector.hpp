@@ -51,8 +51,8 @@ private:
     void ReadData(cereal::JSONInputArchive& archive, Plan& plan) override;
     void WriteData(cereal::JSONOutputArchive& archive, Which which) const override;
     void CheckLocked(object::Object const& value) const override;
-    bool IsCurrentLocked(object::Object const& value) const override;
-    void CommitLocked(ObjectPtr& value) override;
+    bool IsCurrentLocked(object::Object const& value) const noexcept override;
+    void CommitLocked(ObjectPtr& value) noexcept override;
 
     configuration::Schema const schema_;
     // An element that is part of no vector; null when the schema names no type.
