@@ -24,6 +24,7 @@ bool Write(std::ostream& stream, object::Object const& value) {
 template <class... T>
 std::string ToText(object::Object const& value) {
     std::ostringstream text;
+    text.exceptions(std::ios::badbit);  // memory that is missing is told
     text << std::boolalpha;
     if (!(Write<T>(text, value) || ...)) text << value.GetTypeName();
     return text.str();
@@ -31,13 +32,16 @@ std::string ToText(object::Object const& value) {
 
 }  // namespace
 
-// The model is a node of no tree that holds the value that the owner was given last. It converts and checks values, is
-// what setters are called with, and tells a change of the node from the echo of a change of the property.
+// The model is a node of no tree that holds the value that the owner was given last. It is what setters are called
+// with, and tells a change of the node from the echo of a change of the property. Making one converts and checks a
+// value.
+//
+// Whatever takes memory comes before the owner is given a value; from then on only the owner's own setter can fail.
 struct Property::Impl {
     Impl(Schema description, void* object, std::shared_ptr<Value> bound)
         : schema(std::move(description)),
           owner(object),
-          model(schema.GetValue().Make(schema.GetName())->GetPtr<Value>()),
+          model(MakeModel(*schema.GetValue().GetDefault())),
           node(std::move(bound)) {}
 
     /// The value that the owner has, or would have from the model. The mutex is held.
@@ -45,16 +49,22 @@ struct Property::Impl {
         return schema.GetGetter() ? schema.GetGetter()(owner) : model->GetValue();
     }
 
+    std::shared_ptr<Value> MakeModel(object::Object const& value) const {
+        return schema.GetValue().Make(schema.GetName(), value)->GetPtr<Value>();
+    }
+
     /// Gives the owner a value; when that fails, the model stays what it was. The mutex is held.
     void Apply(object::Object const& value) {
-        auto const former = model->GetValue();
-        model->Set(value);
-        try {
-            schema.GetSetter()(owner, *model);
-        } catch (...) {
-            model->Set(*former);
-            throw;
-        }
+        auto next = MakeModel(value);
+        schema.GetSetter()(owner, *next);
+        model.swap(next);
+    }
+
+    /// Makes current what has been staged in the node, and has it tell so if that is a change. Takes no memory.
+    void Announce() const {
+        auto const former = node->GetValue();
+        node->Commit();
+        if (node->GetValue() != former) node->Fire();
     }
 
     /// Takes over what the node holds, unless the owner was given just that.
@@ -71,7 +81,7 @@ struct Property::Impl {
 
     Schema const schema;
     void* const owner;
-    std::shared_ptr<Value> const model;
+    std::shared_ptr<Value> model;
     std::shared_ptr<Value> const node;
     mutable std::mutex mutex;
     // Whether the owner has the node's first value.
@@ -127,18 +137,19 @@ void Property::Set(object::Object const& value) {
         }
     }
     // Handlers may use the property, so the mutex is free; the echo of this change finds the model up to date.
-    impl_->node->Set(value);
+    impl_->Announce();
 }
 
 void Property::Publish() {
     if (!IsBound()) return;
-    std::shared_ptr<object::Object const> value;
     {
         std::lock_guard const lock(impl_->mutex);
-        value = impl_->Read();
-        impl_->model->Set(*value);
+        auto const value = impl_->Read();
+        auto next = impl_->MakeModel(*value);
+        impl_->node->Stage(*value);
+        impl_->model.swap(next);
     }
-    impl_->node->Set(*value);
+    impl_->Announce();
 }
 
 }  // namespace qel::property
