@@ -1,5 +1,6 @@
 #include "qel/serialize/json_input.hpp"
 
+#include "memory_guard.hpp"
 #include "qel/serialize/check_json.hpp"
 
 namespace qel::serialize {
@@ -11,9 +12,15 @@ std::string const& Checked(std::string const& text) {
     return text;
 }
 
+/// The stream, when there is memory for the reader as well.
+std::istream& Guarded(std::istream& stream, std::string const& text) {
+    CheckReaderMemory(text);
+    return stream;
+}
+
 }  // namespace
 
-JsonInput::JsonInput(std::string const& text) : stream_(Checked(text)), archive_(stream_) {}
+JsonInput::JsonInput(std::string const& text) : stream_(Checked(text)), archive_(Guarded(stream_, text)) {}
 
 JsonInput::~JsonInput() = default;
 
