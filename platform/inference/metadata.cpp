@@ -30,9 +30,13 @@ Metadata::Metadata() = default;
 Metadata::~Metadata() = default;
 
 void Metadata::Serialize(cereal::JSONInputArchive& archive) {
-    maxBatchSize_ = Read<std::uint32_t>(archive, "max_batch_size");
-    backendLoadingPriority_ = ReadOr<std::int32_t>(archive, "backend_loading_priority", 0);
-    version_ = ReadOr<std::string>(archive, "version", "unknown");
+    auto const maxBatchSize = Read<std::uint32_t>(archive, "max_batch_size");
+    auto const backendLoadingPriority = ReadOr<std::int32_t>(archive, "backend_loading_priority", 0);
+    auto version = ReadOr<std::string>(archive, "version", "unknown");
+    // All or nothing: memory may have been missing for any of them.
+    maxBatchSize_ = maxBatchSize;
+    backendLoadingPriority_ = backendLoadingPriority;
+    version_.swap(version);
 }
 
 }  // namespace qel::inference

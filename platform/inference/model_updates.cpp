@@ -18,8 +18,15 @@ void ModelUpdates::Register(std::string_view modelName, Callback callback) {
     auto const shared = std::make_shared<Callback const>(std::move(callback));
     std::unique_lock<std::mutex> lock(mutex_);
     Model& model = models_[std::string(modelName)];
-    model.callbacks.push_back(shared);
-    if (model.state != model::State()) updates_.push_back({std::string(modelName), model.state, {shared}});
+    bool const hasState = model.state != model::State();
+    if (hasState) updates_.push_back({std::string(modelName), model.state, {shared}});
+    try {
+        model.callbacks.push_back(shared);
+    } catch (...) {
+        // Nobody else has seen it, the lock is held.
+        if (hasState) updates_.pop_back();
+        throw;
+    }
     DeliverAll(lock);
 }
 

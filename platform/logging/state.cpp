@@ -15,9 +15,11 @@ State& State::Get() {
 
 Channel const& State::GetChannel(Name const& name) {
     std::lock_guard<std::mutex> const lock(channelsMutex_);
-    auto& channel = channels_[name.GetText()];
-    if (!channel) channel.reset(new Channel{name.GetText(), rules_.GetThreshold(name.GetText())});
-    return *channel;
+    auto const found = channels_.find(name.GetText());
+    if (found != channels_.end()) return *found->second;
+    // Made before it is entered: there is no entry without a channel, whatever fails.
+    std::unique_ptr<Channel> channel(new Channel{name.GetText(), rules_.GetThreshold(name.GetText())});
+    return *channels_.emplace(name.GetText(), std::move(channel)).first->second;
 }
 
 void State::SetRules(Rules rules) {

@@ -25,6 +25,7 @@ geometry::Polygon<int> ToSixteenths(geometry::Polygon<double> const& polygon, st
         // Written so that a NaN fails as well.
         if (!(std::abs(point.x) <= FarthestPixel && std::abs(point.y) <= FarthestPixel)) {
             std::ostringstream text;
+            text.exceptions(std::ios::badbit);  // memory that is missing is told
             text << "Cannot fill polygon " << index << ": its point " << i << " (" << point.x << ", " << point.y
                  << ") is not within 4194304 pixels of the origin";
             throw std::invalid_argument(text.str());
@@ -49,6 +50,7 @@ void CheckProducts(std::vector<geometry::Polygon<int>> const& polygons) {
     // 16 for the rounding of both ends to rows, 32 for the step past the last row.
     if (farthest * (highest - lowest + 48) <= std::numeric_limits<int>::max()) return;
     std::ostringstream text;
+    text.exceptions(std::ios::badbit);
     text << "Cannot fill the polygons: " << (farthest + 15) / 16 << " columns from the origin by "
          << (highest - lowest + 15) / 16
          << " rows do not fit into 32-bit arithmetic; clip them to the mask or fill them in parts";

@@ -31,7 +31,8 @@ std::vector<Schema> Base::GetSchemas() const {
 }
 
 void Base::Set(configuration::node::Map& map) const {
-    map.Set(TypenameNode, GetTypename());
+    // Not by GetTypename, which may not throw, not even when it finds no memory.
+    map.Set(TypenameNode, type::ToString(GetAlgorithmType()));
     map.Set(std::vector<Change>{{VersionNode, version_}});
     map.Set(ModelStatusNode, inference::model::ToString(state_));
 }

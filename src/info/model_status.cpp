@@ -16,16 +16,16 @@ void ModelStatus::Update(std::size_t model, inference::model::State state) {
 
 bool ModelStatus::Write(std::size_t model, inference::model::State state, configuration::node::DynamicEnum* node) {
     std::lock_guard<std::mutex> const lock(mutex_);
-    auto& own = states_[model + 1];
-    if (state == own) return false;
-    own = state;
+    states_[model + 1] = state;
     auto const combined = InfoBuilder::GetCombinedState(boost::span(states_).subspan(1));
     if (combined == states_.front()) return false;
+    if (node != nullptr) {
+        node->Stage(inference::model::ToString(combined));
+        node->Commit();
+    }
+    // Remembered only now: what could not be written is written with the next update.
     states_.front() = combined;
-    if (node == nullptr) return false;
-    node->Stage(inference::model::ToString(combined));
-    node->Commit();
-    return true;
+    return node != nullptr;
 }
 
 }  // namespace qel::algorithm

@@ -52,7 +52,7 @@ public:
     inference::model::State GetState() const noexcept { return state_; }
     /// The options of every node that is published: read-only to users, and made anew at each start.
     configuration::node::Options GetFlags() const noexcept;
-    /// The text of GetAlgorithmType; a type without a text ends the process.
+    /// The text of GetAlgorithmType; a type without a text ends the process, and so does memory that is missing for it.
     std::string GetTypename() const noexcept;
 
     static char const* GetVersionNode() noexcept { return VersionNode; }
