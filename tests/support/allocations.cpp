@@ -8,17 +8,42 @@
 namespace qel::support {
 namespace {
 
+constexpr std::size_t Unlimited = std::numeric_limits<std::size_t>::max();
+
 thread_local std::size_t calls = 0;
 thread_local std::size_t bytes = 0;
-thread_local std::size_t successesLeft = std::numeric_limits<std::size_t>::max();
+thread_local std::ptrdiff_t live = 0;
+thread_local std::size_t successesLeft = Unlimited;
+thread_local bool onlyOnce = false;
+thread_local bool haveFailed = false;
 
-void* Allocate(std::size_t size) {
-    if (successesLeft == 0) throw std::bad_alloc();
-    if (successesLeft != std::numeric_limits<std::size_t>::max()) --successesLeft;
+/// Null when the call is to fail.
+void* TryAllocate(std::size_t size, std::size_t alignment) noexcept {
+    if (successesLeft == 0) {
+        haveFailed = true;
+        if (onlyOnce) successesLeft = Unlimited;
+        return nullptr;
+    }
+    if (successesLeft != Unlimited) --successesLeft;
     ++calls;
     bytes += size;
-    if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
+    std::size_t const rounded = (size + alignment - 1) / alignment * alignment;
+    if (rounded < size) return nullptr;
+    std::size_t const wanted = rounded != 0 ? rounded : alignment;
+    void* const memory =
+        alignment <= alignof(std::max_align_t) ? std::malloc(wanted) : std::aligned_alloc(alignment, wanted);
+    if (memory != nullptr) ++live;
+    return memory;
+}
+
+void* Allocate(std::size_t size, std::size_t alignment) {
+    if (void* const memory = TryAllocate(size, alignment)) return memory;
     throw std::bad_alloc();
+}
+
+void Free(void* memory) noexcept {
+    if (memory != nullptr) --live;
+    std::free(memory);
 }
 
 }  // namespace
@@ -27,25 +52,53 @@ std::size_t CountAllocations() { return calls; }
 
 std::size_t CountAllocatedBytes() { return bytes; }
 
-FailingAllocations::FailingAllocations(std::size_t successes) { successesLeft = successes; }
+std::ptrdiff_t CountLiveAllocations() { return live; }
 
-FailingAllocations::~FailingAllocations() { successesLeft = std::numeric_limits<std::size_t>::max(); }
+FailingAllocations::FailingAllocations(std::size_t successes, Mode mode) {
+    successesLeft = successes;
+    onlyOnce = mode == Mode::Once;
+    haveFailed = false;
+}
+
+FailingAllocations::~FailingAllocations() { successesLeft = Unlimited; }
+
+bool FailingAllocations::HaveFailed() const { return haveFailed; }
 
 }  // namespace qel::support
 
-void* operator new(std::size_t size) { return qel::support::Allocate(size); }
-void* operator new[](std::size_t size) { return qel::support::Allocate(size); }
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-    try {
-        return qel::support::Allocate(size);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
+using qel::support::Allocate;
+using qel::support::Free;
+using qel::support::TryAllocate;
+
+namespace {
+
+constexpr std::size_t Usual = alignof(std::max_align_t);
+
+std::size_t ToSize(std::align_val_t alignment) { return static_cast<std::size_t>(alignment); }
+
+}  // namespace
+
+void* operator new(std::size_t size) { return Allocate(size, Usual); }
+void* operator new[](std::size_t size) { return Allocate(size, Usual); }
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept { return TryAllocate(size, Usual); }
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept { return TryAllocate(size, Usual); }
+void* operator new(std::size_t size, std::align_val_t to) { return Allocate(size, ToSize(to)); }
+void* operator new[](std::size_t size, std::align_val_t to) { return Allocate(size, ToSize(to)); }
+void* operator new(std::size_t size, std::align_val_t to, std::nothrow_t const&) noexcept {
+    return TryAllocate(size, ToSize(to));
 }
-void* operator new[](std::size_t size, std::nothrow_t const& nothrow) noexcept { return operator new(size, nothrow); }
-void operator delete(void* memory, std::nothrow_t const&) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::nothrow_t const&) noexcept { std::free(memory); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new[](std::size_t size, std::align_val_t to, std::nothrow_t const&) noexcept {
+    return TryAllocate(size, ToSize(to));
+}
+void operator delete(void* memory, std::nothrow_t const&) noexcept { Free(memory); }
+void operator delete[](void* memory, std::nothrow_t const&) noexcept { Free(memory); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete[](void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { Free(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { Free(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { Free(memory); }
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { Free(memory); }
+void operator delete(void* memory, std::align_val_t, std::nothrow_t const&) noexcept { Free(memory); }
+void operator delete[](void* memory, std::align_val_t, std::nothrow_t const&) noexcept { Free(memory); }
