@@ -34,28 +34,32 @@ void BlobStore::StitchBlobs(BlobRecords& records) noexcept {
         InternalBlob const& blob = records.blobs[records.merged[i]];
         InternalBlob& root = records.blobs[records.FindRoot(records.merged[i])];
         root.minX = std::min(root.minX, blob.minX);
-        root.maxX = std::max(root.maxX, blob.maxX);
+        root.endX = std::max(root.endX, blob.endX);
         root.maxY = std::max(root.maxY, blob.maxY);
     }
 }
 
 void BlobStore::FilterBlobs(BlobRecords const& records, unsigned int min_area,
                             std::vector<ConnectedComponents::Blob>& blobs) {
-    auto const reported = [&](std::uint32_t i) { return records.parents[i] == i && records.blobs[i].area >= min_area; };
+    auto const reported = [&](std::uint32_t i) -> std::size_t {
+        return (records.parents[i] == i ? 1U : 0U) & (records.blobs[i].area >= min_area ? 1U : 0U);
+    };
     std::size_t count = records.count - records.mergedCount;
     if (min_area != 0) {
         count = 0;
-        for (std::uint32_t i = 0; i < records.count; ++i) count += reported(i) ? 1 : 0;
+        for (std::uint32_t i = 0; i < records.count; ++i) count += reported(i);
     }
-    // Resized, not cleared and appended to: elements that stay are written once.
-    blobs.resize(count);
+    // Resized, not cleared and appended to: elements that stay are written once. What is reported cannot be foreseen:
+    // everything is written, and overwritten if it was not to be.
+    blobs.resize(count + 1);
     auto out = blobs.begin();
     for (std::uint32_t i = 0; i < records.count; ++i) {
-        if (!reported(i)) continue;
         InternalBlob const& blob = records.blobs[i];
         FirstPixel const first = records.firsts[i];
-        *out++ = {blob.area, blob.minX, first.y, blob.maxX, blob.maxY, first.x, first.y};
+        *out = {blob.area, blob.minX, first.GetY(), blob.endX - 1, blob.maxY, first.GetX(), first.GetY()};
+        out += static_cast<std::ptrdiff_t>(reported(i));
     }
+    blobs.pop_back();
 }
 
 }  // namespace qel::algorithm::concom

@@ -14,14 +14,22 @@ namespace qel::algorithm::concom {
 struct InternalBlob {
     std::uint32_t area{};
     std::uint32_t minX = std::numeric_limits<std::uint32_t>::max();
-    std::uint32_t maxX{};
+    std::uint32_t endX{};  ///< behind the last column
     std::uint32_t maxY{};
 };
 
 /// The pixel that created a record. Its row is the smallest as well: a record is merged into older ones only.
-struct FirstPixel {
-    std::uint32_t x;
-    std::uint32_t y;
+/// Column and row in one number, which is written at once.
+class FirstPixel {
+public:
+    FirstPixel() = default;
+    FirstPixel(std::uint32_t x, std::uint32_t y) : value_(std::uint64_t{y} << 32U | x) {}
+
+    std::uint32_t GetX() const { return static_cast<std::uint32_t>(value_); }
+    std::uint32_t GetY() const { return static_cast<std::uint32_t>(value_ >> 32U); }
+
+private:
+    std::uint64_t value_ = 0;
 };
 
 /// The records of one mask, numbered in the raster order of the pixels that created them: equivalence classes as
@@ -39,13 +47,13 @@ struct BlobRecords {
         return label;
     }
 
-    /// Counts so many pixels of row y between columns first and last, both inclusive, on the record as it is, merged
+    /// Counts so many pixels of row y from columns first to end - 1 on the record as it is, merged
     /// away or not.
     [[gnu::always_inline]] static void UpdateBlob(InternalBlob& blob, std::uint32_t pixels, std::uint32_t first,
-                                                  std::uint32_t last, std::uint32_t y) noexcept {
+                                                  std::uint32_t end, std::uint32_t y) noexcept {
         blob.area += pixels;
         blob.minX = std::min(blob.minX, first);
-        blob.maxX = std::max(blob.maxX, last);
+        blob.endX = std::max(blob.endX, end);
         blob.maxY = y;
     }
 

@@ -136,7 +136,7 @@ private:
         if (rank != rank_) {
             std::uint32_t const first = FindSet(rows_.pixels, done_, end);
             InternalBlob& blob = rows_.records.blobs[above_->label];
-            BlobRecords::UpdateBlob(blob, rank - rank_, first, FindLastSet(rows_.pixels, end - 1), y_);
+            BlobRecords::UpdateBlob(blob, rank - rank_, first, FindLastSet(rows_.pixels, end - 1) + 1, y_);
             Append(first, above_->label);
         }
         rank_ = rank;
@@ -144,7 +144,7 @@ private:
     }
 
     [[gnu::always_inline]] void LabelPart(std::uint32_t first, std::uint32_t end, std::uint32_t label) {
-        BlobRecords::UpdateBlob(rows_.records.blobs[label], end - first, first, end - 1, y_);
+        BlobRecords::UpdateBlob(rows_.records.blobs[label], end - first, first, end, y_);
         Append(first, label);
     }
 

@@ -13,15 +13,14 @@ Segment* LabelJoiningRun(MaskRows& rows, Segment const* next, std::uint32_t firs
         std::uint32_t const column = std::max(first, next->first - CombineBlob);
         if (column > first) {
             // Counted before the merge: it hands over what has been counted, and nothing later.
-            records.UpdateBlob(records.blobs[label], column - first, first, column - 1,
-                               static_cast<std::uint32_t>(rows.y));
+            records.UpdateBlob(records.blobs[label], column - first, first, column, static_cast<std::uint32_t>(rows.y));
             *out++ = {first, label};
             rows.scan.ends[column / 64] |= ColumnBit(column);
             first = column;
         }
         label = records.MergeBlobs(label, next->label);
     } while ((++next)->first < end + CombineBlob);
-    records.UpdateBlob(records.blobs[label], end - first, first, end - 1, static_cast<std::uint32_t>(rows.y));
+    records.UpdateBlob(records.blobs[label], end - first, first, end, static_cast<std::uint32_t>(rows.y));
     *out++ = {first, label};
     return out;
 }

@@ -33,17 +33,18 @@ template <std::uint32_t CombineBlob, EdgeScan Scan>
             Lane const passed = ends[first / 64] >> CombineBlob >> (~first & 63U);
             Segment const* const above =
                 segments + (ranks[first / 64] + static_cast<std::uint64_t>(std::popcount(passed)));
-            // Whether anything stands above the first pixel cannot be foreseen either: no branch. A record that is
-            // started for nothing is started again by the next run.
-            std::uint64_t const seen = above->first <= first + CombineBlob ? 1 : 0;
-            std::uint32_t const label = above->label ^ ((above->label ^ count) & static_cast<std::uint32_t>(seen - 1));
+            // Whether anything stands above the first pixel cannot be foreseen either: no branch, but all ones or
+            // none. A record that is started for nothing is started again by the next run.
+            std::int64_t const fresh = -static_cast<std::int64_t>(above->first > first + CombineBlob);
+            auto const chosen = static_cast<std::uint32_t>(fresh);
+            std::uint32_t const label = (count & chosen) | (above->label & ~chosen);
             firsts[count] = {first, y};
-            count += 1U - static_cast<std::uint32_t>(seen);
-            Segment const* const next = above + seen;
+            count -= chosen;
+            Segment const* const next = above + 1 + fresh;
             if (next->first < end + CombineBlob) [[unlikely]] {
                 out = LabelJoiningRun<CombineBlob>(rows, next, first, end, label, out);
             } else {
-                BlobRecords::UpdateBlob(blobs[label], end - first, first, end - 1, y);
+                BlobRecords::UpdateBlob(blobs[label], end - first, first, end, y);
                 *out++ = {first, label};
             }
         }

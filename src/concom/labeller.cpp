@@ -18,10 +18,8 @@ namespace {
 
 /// A row's labels are looked at once in so many rows, the first time when there is a row above.
 constexpr std::size_t RowsBetweenChoices = 16;
-/// Labelling in bulk is chosen where runs are so many times as many as what has to be looked at.
-constexpr std::size_t MinimumGain = 2;
-/// How many runs are labelled one by one while a row that needs no looking at is labelled in bulk.
-constexpr std::size_t RowOverhead = 32;
+/// Rows of fewer runs are not labelled in bulk: a row by itself takes as long as so many runs.
+constexpr std::size_t LeastRuns = 32;
 
 }  // namespace
 
@@ -63,13 +61,14 @@ void Labeller::Initialise() {
 }
 
 /// Whether the row above would better have been labelled in bulk.
-bool Labeller::PaysInBulk() {
+bool Labeller::PaysInBulk() const {
     std::size_t work = rows_.records.count - rows_.started;
     for (Segment const* segment = rows_.above; segment->first != Guard.first; ++segment) {
         work += segment[1].label != segment->label ? 1 : 0;
     }
     auto const runs = static_cast<std::size_t>(rows_.edgesEnd - rows_.scan.edges) / 2;
-    return RowOverhead + MinimumGain * work < runs;
+    // What is looked at takes half as long again as labelling a run by itself.
+    return runs >= LeastRuns && 3 * work < 2 * runs;
 }
 
 /// Turns the row above, labelled run by run, into one labelled in bulk.
@@ -118,9 +117,8 @@ void Labeller::ConnectRows(std::size_t rows, bool diagonally) {
         rows_.last = std::min(rows, choice);
         (bulk ? labelBulk : labelRuns)(rows_);
         if (manner_ == Manner::Adaptive && rows_.y == choice) {
-            if (bulk)
-                rows_.edgesEnd =
-                    kernels_.scanEdges(rows_.words + (rows_.y - 1) * rows_.stride, rows_.width, rows_.scan);
+            std::uint32_t const* const above = rows_.words + (rows_.y - 1) * rows_.stride;
+            if (bulk) rows_.edgesEnd = kernels_.scanEdges(above, rows_.width, rows_.scan);
             bool const pays = PaysInBulk();
             if (pays && !bulk) JoinRuns();
             if (!pays && bulk) SplitIntoRuns();

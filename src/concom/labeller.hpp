@@ -28,7 +28,7 @@ private:
     void InitialiseConcom(unsigned int width);
     void Initialise();
     void ConnectRows(std::size_t rows, bool diagonally);
-    bool PaysInBulk();
+    bool PaysInBulk() const;
     void JoinRuns();
     void SplitIntoRuns();
 

@@ -5,9 +5,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 #include "concom/kernels.hpp"
 
@@ -15,79 +16,87 @@ namespace qel::algorithm {
 
 using concom::BlobStats;
 
+namespace {
+
+/// No column, and none follows.
+constexpr std::uint32_t RightOfAll = std::numeric_limits<std::uint32_t>::max() - 1;
+
+}  // namespace
+
 struct LineByLineConnectedComponents::Impl {
     explicit Impl(unsigned int width);
     void LineByLine8Way(std::uint32_t const* row, std::vector<BlobStats>& finished);
 
 private:
-    std::size_t ExtractRuns(std::uint32_t const* row);
-    void LinkRuns(std::size_t count);
+    std::size_t LinkRuns(std::uint32_t const* edgesEnd);
     void CollectFinished(std::vector<BlobStats>& finished);
     void OpenBlobs(std::size_t count);
 
     unsigned int width_;
     concom::EdgeScan scanEdges_ = concom::GetKernels().scanEdges;
-    // Entry 0 is no run: runs are numbered from 1. Sized so that every other pixel may be one.
+    // Entry 0 is no run: runs are numbered from 1. Sized so that every other pixel may be one, and one more: behind
+    // the last run stands one that is right of all others.
     std::vector<BlobStats> current_, previous_;
-    std::size_t previousCount_ = 0;
     std::vector<BlobStats> open_;
     // For each open blob, from 1, the first run of the current row that continues it; 0 without one.
     std::vector<std::uint32_t> labelMap_;
-    std::unique_ptr<std::uint32_t[]> edges_;
-    std::unique_ptr<concom::Lane[]> ends_, aboveEnds_;
-    std::unique_ptr<std::uint32_t[]> ranks_;
+    std::unique_ptr<std::uint32_t[]> columns_;
+    std::unique_ptr<concom::Lane[]> lanes_;
+    concom::RowEdges edges_{};
 };
 
 LineByLineConnectedComponents::Impl::Impl(unsigned int width) : width_(width) {
-    std::size_t const runs = std::size_t{width} / 2 + 2;
+    std::size_t const runs = std::size_t{width} / 2 + 3;
     current_.resize(runs);
     previous_.resize(runs);
+    previous_[1].min = previous_[1].max = RightOfAll;
     open_.reserve(runs);
     labelMap_.reserve(runs);
-    edges_ = std::make_unique_for_overwrite<std::uint32_t[]>(std::size_t{width} + concom::EdgeSlack);
-    ends_ = std::make_unique_for_overwrite<concom::Lane[]>(concom::CountLanes(width) + concom::LaneSlack);
-    aboveEnds_ = std::make_unique<concom::Lane[]>(concom::CountLanes(width) + concom::LaneSlack);
-    ranks_ = std::make_unique_for_overwrite<std::uint32_t[]>(concom::CountLanes(width) + concom::LaneSlack);
+    std::size_t const lanes = concom::CountLanes(width) + concom::LaneSlack;
+    columns_ = std::make_unique_for_overwrite<std::uint32_t[]>(width + concom::EdgeSlack + lanes);
+    lanes_ = std::make_unique<concom::Lane[]>(2 * lanes);
+    edges_ = {columns_.get() + lanes, lanes_.get(), lanes_.get() + lanes, columns_.get()};
 }
 
-/// Fills in what a run is by itself; returns the number of runs.
-std::size_t LineByLineConnectedComponents::Impl::ExtractRuns(std::uint32_t const* row) {
-    std::uint32_t const* const end =
-        scanEdges_(row, width_, {edges_.get(), ends_.get(), aboveEnds_.get(), ranks_.get()});
+/// Makes runs of the row's edges, each with what it inherits from the runs above that it touches; returns how many
+/// open blobs they continue.
+std::size_t LineByLineConnectedComponents::Impl::LinkRuns(std::uint32_t const* edgesEnd) {
+    labelMap_.assign(open_.size() + 1, 0);
+    std::size_t continued = 0;
     std::uint32_t number = 0;
-    for (std::uint32_t const* edge = edges_.get(); edge != end; edge += 2) {
+    BlobStats const* above = previous_.data() + 1;
+    for (std::uint32_t const* edge = edges_.edges; edge != edgesEnd; edge += 2) {
+        std::uint32_t const first = edge[0], end = edge[1];
         BlobStats& run = current_[++number];
-        run.parent = number;
-        run.min = run.min_bound = edge[0];
-        run.max = run.max_bound = edge[1] - 1;
-        run.width = 0;
-        run.height = 1;
-        run.area = edge[1] - edge[0];
-    }
-    return number;
-}
-
-void LineByLineConnectedComponents::Impl::LinkRuns(std::size_t count) {
-    std::size_t first = 1;
-    for (std::uint32_t k = 1; k <= count; ++k) {
-        BlobStats& run = current_[k];
-        while (first <= previousCount_ && previous_[first].max + 1 < run.min) ++first;
+        std::uint32_t parent = number, height = 0, minBound = first, maxBound = end - 1, area = end - first;
+        run.parent = parent;
         // The last run touched may reach the next run as well: it is not passed yet.
-        for (std::size_t p = first; p <= previousCount_ && previous_[p].min <= run.max + 1; ++p) {
-            BlobStats const& above = previous_[p];
-            std::uint32_t& continued = labelMap_[above.parent];
-            if (continued == 0) {
-                continued = k;
+        while (above->max + 1 < first) ++above;
+        for (BlobStats const* touched = above; touched->min <= end; ++touched) {
+            std::uint32_t& known = labelMap_[touched->parent];
+            if (known == 0) {
+                known = number;
+                ++continued;
             } else {
                 // Representatives are chosen, never linked again: two that were chosen before stay apart (kept).
-                run.parent = std::min(run.parent, current_[continued].parent);
+                parent = std::min(parent, current_[known].parent);
             }
-            run.height = std::max(run.height, above.height + 1);
-            run.min_bound = std::min(run.min_bound, above.min_bound);
-            run.max_bound = std::max(run.max_bound, above.max_bound);
-            run.area += above.area;
+            height = std::max(height, touched->height);
+            minBound = std::min(minBound, touched->min_bound);
+            maxBound = std::max(maxBound, touched->max_bound);
+            area += touched->area;
         }
+        run.parent = parent;
+        run.min = first;
+        run.max = end - 1;
+        run.width = 0;
+        run.height = height + 1;
+        run.min_bound = minBound;
+        run.max_bound = maxBound;
+        run.area = area;
     }
+    current_[number + 1].min = current_[number + 1].max = RightOfAll;
+    return continued;
 }
 
 void LineByLineConnectedComponents::Impl::CollectFinished(std::vector<BlobStats>& finished) {
@@ -126,15 +135,14 @@ void LineByLineConnectedComponents::Impl::OpenBlobs(std::size_t count) {
 }
 
 void LineByLineConnectedComponents::Impl::LineByLine8Way(std::uint32_t const* row, std::vector<BlobStats>& finished) {
-    std::size_t const count = ExtractRuns(row);
-    labelMap_.assign(open_.size() + 1, 0);
-    LinkRuns(count);
+    std::uint32_t const* const edgesEnd = scanEdges_(row, width_, edges_);
     finished.clear();
+    if (edgesEnd == edges_.edges && open_.empty()) return;
+    std::size_t const continued = LinkRuns(edgesEnd);
     // The only allocation, before anything that the next row builds on changes.
-    finished.reserve(static_cast<std::size_t>(std::count(labelMap_.begin() + 1, labelMap_.end(), 0U)));
+    finished.reserve(open_.size() - continued);
     CollectFinished(finished);
-    OpenBlobs(count);
-    previousCount_ = count;
+    OpenBlobs(static_cast<std::size_t>(edgesEnd - edges_.edges) / 2);
     current_.swap(previous_);
 }
 

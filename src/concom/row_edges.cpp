@@ -66,13 +66,59 @@ namespace {
     __m512i positions = _mm512_maskz_compress_epi8(changes, index);
     std::uint32_t* const end = edges + std::popcount(changes);
     __m512i const base = _mm512_set1_epi32(static_cast<int>(column));
-    while (true) {
-        __m512i const columns = _mm512_cvtepu8_epi32(_mm512_castsi512_si128(positions));
-        _mm512_storeu_si512(edges, _mm512_add_epi32(base, columns));
-        if (end - edges <= 16) return end;
-        edges += 16;
-        positions = _mm512_shuffle_i32x4(positions, positions, 0x39);
+    do {
+        // Two at a time, needed or not: whether 16 are enough could rarely be foreseen.
+        __m512i const first = _mm512_cvtepu8_epi32(_mm512_castsi512_si128(positions));
+        __m512i const second = _mm512_cvtepu8_epi32(_mm512_extracti32x4_epi32(positions, 1));
+        _mm512_storeu_si512(edges, _mm512_add_epi32(base, first));
+        _mm512_storeu_si512(edges + 16, _mm512_add_epi32(base, second));
+        edges += 32;
+        positions = _mm512_shuffle_i32x4(positions, positions, 0x4E);
+    } while (edges < end);
+    return end;
+}
+
+/// What the vectors of a row hand on from one to the next.
+struct WideScan {
+    __m512i pixels;  // of the vector before
+    __m512i passed;  // bits of aboveEnds so far, by lanes of vectors
+    std::uint32_t* edges;
+};
+
+/// Scans 16 words, of which the first is word i of the row.
+[[QEL_TARGET_AVX512, gnu::always_inline]] inline void ScanVector(__m512i words, std::size_t i, RowEdges const& row,
+                                                                 WideScan& scan) {
+    alignas(64) static constexpr auto Index = [] {
+        std::array<std::uint8_t, 64> index{};
+        for (std::size_t k = 0; k < index.size(); ++k) index[k] = static_cast<std::uint8_t>(k);
+        return index;
+    }();
+    __m512i const zero = _mm512_setzero_si512();
+    __m512i const pixels = _mm512_rol_epi64(words, 32);
+    __m512i const before = _mm512_alignr_epi64(pixels, scan.pixels, 7);
+    __m512i const shifted = _mm512_shrdi_epi64(pixels, before, 1);
+    __m512i const changes = _mm512_xor_si512(pixels, shifted);
+    __m512i const passed = _mm512_popcnt_epi64(_mm512_loadu_si512(row.aboveEnds + i / 2));
+    _mm512_storeu_si512(row.ends + i / 2, _mm512_andnot_si512(pixels, shifted));
+    scan.pixels = pixels;
+    unsigned int changed = _mm512_test_epi64_mask(changes, changes);
+    if (changed != 0) {
+        // Sums over one, two and four lanes make the sums over all lanes before.
+        __m512i sums = _mm512_alignr_epi64(passed, zero, 7);
+        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 7));
+        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 6));
+        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 4));
+        sums = _mm512_add_epi64(sums, _mm512_set1_epi64(_mm512_reduce_add_epi64(scan.passed)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.ranks + i / 2), _mm512_cvtepi64_epi32(sums));
+        alignas(64) std::uint64_t bits[8];
+        _mm512_store_si512(bits, ReverseBits(changes));
+        __m512i const index = _mm512_load_si512(Index.data());
+        for (; changed != 0; changed &= changed - 1) {
+            auto const lane = static_cast<std::size_t>(std::countr_zero(changed));
+            scan.edges = WriteColumns(bits[lane], static_cast<std::uint32_t>(32 * i + 64 * lane), index, scan.edges);
+        }
     }
+    scan.passed = _mm512_add_epi64(scan.passed, passed);
 }
 
 #endif
@@ -92,57 +138,20 @@ std::uint32_t* ScanEdgesPlain(std::uint32_t const* words, unsigned int width, Ro
 
 [[QEL_TARGET_AVX512]] std::uint32_t* ScanEdgesAvx512(std::uint32_t const* words, unsigned int width,
                                                      RowEdges const& row) {
-    alignas(64) static constexpr auto Index = [] {
-        std::array<std::uint8_t, 64> index{};
-        for (std::size_t i = 0; i < index.size(); ++i) index[i] = static_cast<std::uint8_t>(i);
-        return index;
-    }();
-    __m512i const index = _mm512_load_si512(Index.data());
-    __m512i const zero = _mm512_setzero_si512();
-    __m512i rank = zero;
-    std::uint32_t* edges = row.edges;
     std::size_t const count = width / 32U + (width % 32U != 0 ? 1 : 0);
-    __m512i previous = _mm512_setzero_si512();
-    for (std::size_t i = 0; i < count; i += 16) {
-        std::size_t const left = count - i;
-        __mmask16 const lanes = static_cast<__mmask16>(left < 16 ? (1U << left) - 1U : 0xFFFFU);
-        __m512i loaded = _mm512_maskz_loadu_epi32(lanes, words + i);
-        if (left <= 16) {
-            __mmask16 const last = static_cast<__mmask16>(1U << (left - 1));
-            __m512i const padding = _mm512_set1_epi32(static_cast<int>(PaddingMask(width)));
-            loaded = _mm512_mask_andnot_epi32(loaded, last, padding, loaded);
-        }
-        __m512i const pixels = _mm512_rol_epi64(loaded, 32);
-        __m512i const before = _mm512_alignr_epi64(pixels, previous, 7);
-        __m512i const shifted = _mm512_shrdi_epi64(pixels, before, 1);
-        __m512i const changes = _mm512_xor_si512(pixels, shifted);
-        _mm512_storeu_si512(row.ends + i / 2, _mm512_andnot_si512(pixels, shifted));
-        __m512i const passed = _mm512_popcnt_epi64(_mm512_loadu_si512(row.aboveEnds + i / 2));
-        previous = pixels;
-        unsigned int changed = _mm512_test_epi64_mask(changes, changes);
-        if (changed == 0) {
-            rank = _mm512_add_epi64(rank, passed);
-            continue;
-        }
-        // Sums over one, two and four lanes make the sums over all lanes before.
-        __m512i sums = _mm512_alignr_epi64(passed, zero, 7);
-        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 7));
-        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 6));
-        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 4));
-        sums = _mm512_add_epi64(sums, _mm512_set1_epi64(_mm512_reduce_add_epi64(rank)));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.ranks + i / 2), _mm512_cvtepi64_epi32(sums));
-        rank = _mm512_add_epi64(rank, passed);
-        alignas(64) std::uint64_t bits[8];
-        _mm512_store_si512(bits, ReverseBits(changes));
-        do {
-            unsigned int const lane = static_cast<unsigned int>(std::countr_zero(changed));
-            edges = WriteColumns(bits[lane], static_cast<std::uint32_t>(32 * i) + 64 * lane, index, edges);
-            changed &= changed - 1;
-        } while (changed != 0);
+    WideScan scan{_mm512_setzero_si512(), _mm512_setzero_si512(), row.edges};
+    std::size_t i = 0;
+    for (; i + 16 < count; i += 16) ScanVector(_mm512_loadu_si512(words + i), i, row, scan);
+    if (count != 0) {
+        unsigned int const left = static_cast<unsigned int>(count - i);
+        __mmask16 const last = static_cast<__mmask16>(1U << (left - 1));
+        __m512i const loaded = _mm512_maskz_loadu_epi32(static_cast<__mmask16>((2U << (left - 1)) - 1U), words + i);
+        __m512i const padding = _mm512_set1_epi32(static_cast<int>(PaddingMask(width)));
+        ScanVector(_mm512_mask_andnot_epi32(loaded, last, padding, loaded), i, row, scan);
+        // A run that reaches the last pixel ends at the width: seen above, unless the row ends with the vector.
+        if (left == 16 && (words[count - 1] & ~PaddingMask(width) & 1U) != 0) *scan.edges++ = width;
     }
-    // A run that reaches the last pixel ends at the width: seen above, unless the row ends with the last vector.
-    if (count != 0 && count % 16 == 0 && (words[count - 1] & ~PaddingMask(width) & 1U) != 0) *edges++ = width;
-    return edges;
+    return scan.edges;
 }
 
 #endif
