@@ -10,9 +10,9 @@
 
 namespace qel::inference {
 
-/// How many bytes a file of labels may have, and how many one label.
+/// How many bytes a file of labels may have.
 inline constexpr std::size_t MaximumLabelsSize = std::size_t{1} << 20U;
-inline constexpr std::size_t MaximumLabelSize = 256;
+inline constexpr std::size_t MaximumLabelSize = 256;  ///< how many one label
 
 /// Reads a file of labels, the names of a network's classes: one a line, the first for output 0. Spaces around a label
 /// do not count. Throws InferenceError, with the path, for a file that cannot be read or is too large, that holds no
