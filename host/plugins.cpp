@@ -16,11 +16,9 @@ namespace {
 
 namespace files = std::filesystem;
 
-constexpr char Prefix[] = "qel_algorithm_";
-
 bool IsPlugin(files::path const& file) {
     std::string const name = file.filename().string();
-    return name.starts_with("lib" + std::string(Prefix)) && name.ends_with(".so");
+    return name.starts_with("lib" + std::string(PluginPrefix)) && name.ends_with(".so");
 }
 
 void CheckFolder(std::string const& folder) {
@@ -42,13 +40,13 @@ void CheckFolder(std::string const& folder) {
     }
 }
 
-/// Adds a line for each problem that load() meets.
+/// Adds the problems that load() meets.
 template <class Load>
-void AddProblems(std::vector<std::string>& problems, Load const& load) {
+void AddProblems(std::vector<system::plugin::Problem>& problems, Load const& load) {
     try {
         load();
     } catch (system::plugin::LoadError const& error) {
-        for (auto const& [file, reason] : error.GetProblems()) problems.push_back(file.string() + ": " + reason);
+        problems.insert(problems.end(), error.GetProblems().begin(), error.GetProblems().end());
     }
 }
 
@@ -59,7 +57,9 @@ LoadedPlugins LoadPlugins(std::vector<std::string> const& folders) {
     LoadedPlugins loaded;
     AddProblems(loaded.problems, [] { algorithm::video::plugin::Loader const loader; });
     std::vector<std::string> const before = ListAlgorithms();
-    AddProblems(loaded.problems, [&folders] { system::plugin::LoadAll(Prefix, {folders.begin(), folders.end()}); });
+    AddProblems(loaded.problems, [&folders] {
+        system::plugin::LoadAll(PluginPrefix, {folders.begin(), folders.end()});
+    });
     std::vector<std::string> const after = ListAlgorithms();
     std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
                         std::back_inserter(loaded.fromFolders));

@@ -3,12 +3,17 @@
 #include <string>
 #include <vector>
 
+#include "qel/system/plugin/problem.hpp"
+
 namespace qel::host {
+
+/// The file of a plug-in is called lib<prefix>*.so.
+inline constexpr char PluginPrefix[] = "qel_algorithm_";
 
 /// What came of loading plug-ins.
 struct LoadedPlugins {
-    /// A line for each plug-in that could not be used; the others can be.
-    std::vector<std::string> problems;
+    /// The plug-ins that could not be used; the others can be.
+    std::vector<system::plugin::Problem> problems;
     /// The type names of the algorithms that the folders brought, in their order.
     std::vector<std::string> fromFolders;
 };

@@ -4,6 +4,7 @@
 
 #include "command.hpp"
 #include "plugins.hpp"
+#include "qel/system/plugin/writable_by_others.hpp"
 
 namespace qel::app {
 
@@ -17,11 +18,14 @@ void AddPluginsOption(CLI::App& command, std::vector<std::string>& folders) {
         ->take_all()
         ->expected(1)
         ->allow_extra_args(false);
+    command.add_flag_callback(
+        "--allow-writable-plugins", [] { system::plugin::AllowWritableByOthers(true); },
+        "Loads plug-ins, too, that every user of the machine could change");
 }
 
 std::vector<std::string> LoadPluginsOrWarn(std::vector<std::string> const& folders) {
     host::LoadedPlugins loaded = host::LoadPlugins(folders);
-    for (std::string const& problem : loaded.problems) Say("warning: " + problem);
+    for (auto const& [file, reason] : loaded.problems) Say("warning: " + file.string() + ": " + reason);
     return std::move(loaded.fromFolders);
 }
 

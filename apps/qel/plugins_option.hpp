@@ -7,7 +7,7 @@
 
 namespace qel::app {
 
-/// Adds the option --plugins, which fills folders.
+/// Adds the options --plugins, which fills folders, and --allow-writable-plugins.
 void AddPluginsOption(CLI::App& command, std::vector<std::string>& folders);
 
 /// Loads the installed plug-ins and those of the folders, with a line of warning for each that cannot be used. Returns

@@ -92,7 +92,7 @@ video::Properties MakeProperties(AlgorithmChain& chain, std::size_t index) {
 class TwoAlgorithms : public testing::Test {
 protected:
     static AlgorithmChain Make() {
-        EXPECT_EQ(LoadPlugins().problems, std::vector<std::string>());
+        EXPECT_EQ(LoadPlugins().problems, std::vector<system::plugin::Problem>());
         return {{FindAlgorithm("motion"), FindAlgorithm("privacy_mask")},
                 {{"mode", "blank"}, {"zones", Zone('A')}, {"motion.minimum_area", "50"}}};
     }

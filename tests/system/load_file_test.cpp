@@ -25,6 +25,18 @@ TEST(LoadFile, LoadsAPluginOfAnyName) {
     EXPECT_EQ(GetLibraryPath("something_else"), file);
 }
 
+TEST(LoadFile, LetsOneAskWhatIsLoaded) {
+    Folder const folder;
+    auto const file = folder.Add("silent", "libasked.so");
+    EXPECT_FALSE(IsLoaded(file));
+    LoadFile(file);
+    EXPECT_TRUE(IsLoaded(file));
+    boost::filesystem::create_symlink(file, folder / "link.so");
+    EXPECT_TRUE(IsLoaded(folder / "link.so"));
+    EXPECT_FALSE(IsLoaded(folder / "missing.so"));
+    EXPECT_FALSE(IsLoaded(folder.Write("text.so", "text")));
+}
+
 TEST(LoadFile, TellsWhatThePluginReportsWhileItLoads) {
     Folder const folder;
     auto const file = folder.Add("announces_itself", "plugin.so");

@@ -115,6 +115,12 @@ void LoadFile(fs::path const& file) {
     ThrowProblems(collector);
 }
 
+bool IsLoaded(fs::path const& file) {
+    void* const library = dlopen(fs::absolute(file).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (library != nullptr) dlclose(library);  // NOLOAD counts one more user
+    return library != nullptr;
+}
+
 void LoadAll(std::string const& prefix, std::vector<fs::path> const& directories) {
     Collector collector;
     std::set<FileId> met;
