@@ -13,6 +13,11 @@ install(TARGETS ${targets} EXPORT qel-targets
   FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
 install(TARGETS ${plugins} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT plugins)
 
+# All libraries and their list, for tools/abi.
+add_custom_target(qel_libraries DEPENDS ${targets})
+list(JOIN targets "\n" lines)
+file(WRITE "${PROJECT_BINARY_DIR}/libraries.txt" "${lines}\n")
+
 # The CMake package.
 list(TRANSFORM targets REPLACE "^qel_" "" OUTPUT_VARIABLE libraries)
 list(SORT libraries)

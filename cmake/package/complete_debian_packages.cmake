@@ -7,7 +7,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   set(usr "${CPACK_TEMPORARY_DIRECTORY}/${component}/usr")
 
   # Of a system's libraries the loader knows the folder: paths relative to the file serve copies that may be moved.
-  file(GLOB binaries LIST_DIRECTORIES false "${usr}/bin/*" "${usr}/lib/*/lib*.so*")
+  file(GLOB binaries LIST_DIRECTORIES false "${usr}/bin/*" "${usr}/lib/*/lib*.so*" "${usr}/lib/*/qel/*")
   foreach(binary IN LISTS binaries)
     if(NOT IS_SYMLINK "${binary}")
       file(RPATH_REMOVE FILE "${binary}")

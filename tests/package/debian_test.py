@@ -12,11 +12,12 @@ import shutil
 import struct
 import zlib
 
-from installation import (BUILD, CXX, HERE, LIBRARY_FOLDER, MASKS_OUTPUT, SOURCE, VERSION, InstallationTest,
+from installation import (BUILD, CXX, LIBRARY_FOLDER, MAJOR, MASKS, MASKS_OUTPUT, SOURCE, VERSION, InstallationTest,
                           build_with_pkg_config, main, run)
 
 PACKAGES = BUILD / "tests/package/debian"
-NAMES = ["libqel1", "libqel-dev", "qel", "qel-plugins"]
+LIBRARY_PACKAGE = f"libqel{MAJOR}"
+NAMES = [LIBRARY_PACKAGE, "libqel-dev", "qel", "qel-plugins"]
 DEBIAN_VERSION = f"{VERSION}-1"
 
 
@@ -105,19 +106,21 @@ class Packages(InstallationTest):
         ours = {name: {other: demand for other, demand in depends(package(name)).items() if other in NAMES}
                 for name in NAMES}
         same = f"(= {DEBIAN_VERSION})"
-        self.assertEqual(ours, {"libqel1": {}, "qel-plugins": {"libqel1": same}, "libqel-dev": {"libqel1": same},
-                                "qel": {"libqel1": same, "qel-plugins": same}})
+        self.assertEqual(ours, {LIBRARY_PACKAGE: {}, "qel-plugins": {LIBRARY_PACKAGE: same},
+                                "libqel-dev": {LIBRARY_PACKAGE: same},
+                                "qel": {LIBRARY_PACKAGE: same, "qel-plugins": same}})
 
     def test_name_the_packages_of_the_system_that_they_are_linked_with(self):
-        self.assertIn("libc6", depends(package("libqel1")))
-        self.assertIn("libboost-filesystem1.81.0", depends(package("libqel1")))
+        self.assertIn("libc6", depends(package(LIBRARY_PACKAGE)))
+        self.assertIn("libboost-filesystem1.81.0", depends(package(LIBRARY_PACKAGE)))
         self.assertIn("libgstreamer1.0-0", depends(package("qel")))
-        self.assertNotIn("libgstreamer1.0-0", depends(package("libqel1")))
+        self.assertNotIn("libgstreamer1.0-0", depends(package(LIBRARY_PACKAGE)))
 
     def test_hold_what_is_stripped_and_found_in_the_folders_of_the_system(self):
         for name in NAMES:
             run("dpkg-deb", "--extract", package(name), self.folder)
-        binaries = [*self.folder.glob("usr/bin/*"), *(self.folder / "usr" / LIBRARY_FOLDER).glob("*.so*")]
+        binaries = [*self.folder.glob("usr/bin/*"), *(self.folder / "usr" / LIBRARY_FOLDER).glob("*.so*"),
+                    *(self.folder / "usr" / LIBRARY_FOLDER / "qel").iterdir()]
         self.assertGreater(len(binaries), 14)
         for binary in binaries:
             self.assertNotIn("RUNPATH", run("readelf", "-d", binary))
@@ -126,11 +129,11 @@ class Packages(InstallationTest):
     def test_have_no_scripts_and_let_the_loader_know_by_a_trigger(self):
         for name in NAMES:
             run("dpkg-deb", "--control", package(name), self.folder / name)
-            allowed = {"control", "md5sums"} | ({"shlibs", "triggers"} if name == "libqel1" else set())
+            allowed = {"control", "md5sums"} | ({"shlibs", "triggers"} if name == LIBRARY_PACKAGE else set())
             self.assertEqual({file.name for file in (self.folder / name).iterdir()}, allowed)
-        self.assertIn(f"libqel_algorithm 1 libqel1 (>= {VERSION})\n",
-                      (self.folder / "libqel1/shlibs").read_text(encoding="utf-8"))
-        self.assertIn("ldconfig", (self.folder / "libqel1/triggers").read_text(encoding="utf-8"))
+        self.assertIn(f"libqel_algorithm {MAJOR} {LIBRARY_PACKAGE} (>= {VERSION})\n",
+                      (self.folder / LIBRARY_PACKAGE / "shlibs").read_text(encoding="utf-8"))
+        self.assertIn("ldconfig", (self.folder / LIBRARY_PACKAGE / "triggers").read_text(encoding="utf-8"))
 
     def test_lintian_finds_nothing_that_is_not_explained(self):
         files = [package(name) for name in NAMES]
@@ -144,7 +147,7 @@ class Life(InstallationTest):
 
     def test_a_package_is_not_set_up_without_those_it_depends_on(self):
         said = self.root.dpkg("--install", package("qel"), expect=1)
-        self.assertIn("qel depends on libqel1", said)
+        self.assertIn(f"qel depends on {LIBRARY_PACKAGE}", said)
         self.assertIn("qel depends on qel-plugins", said)
 
     def test_packages_are_installed_upgraded_and_removed_without_a_trace(self):
@@ -156,7 +159,7 @@ class Life(InstallationTest):
         self.assertIn("usr/include/qel/hash/murmur_three_32.hpp", installed)
         self.assertIn("usr/share/man/man1/qel-run.1.gz", installed)
 
-        later = "1.0.99-1"
+        later = f"{VERSION}-2"
         self.root.dpkg("--install", *(repack(package(name), later, self.folder) for name in NAMES))
         for name in NAMES:
             self.assertEqual(self.root.state(name), f"{later} install ok installed")
@@ -164,7 +167,7 @@ class Life(InstallationTest):
         self.assertEqual(len(json.loads(self.root.run(self.root.folder / "usr/bin/qel", "algorithms", "--json"))
                              ["algorithms"]), 2)
 
-        self.assertIn("libqel1", self.root.dpkg("--remove", "libqel1", expect=1))
+        self.assertIn(LIBRARY_PACKAGE, self.root.dpkg("--remove", LIBRARY_PACKAGE, expect=1))
         self.root.dpkg("--purge", *NAMES)
         self.assertEqual(self.root.files(), nothing)
 
@@ -178,8 +181,7 @@ class Use(InstallationTest):
     def test_a_plugin_is_built_against_the_packages_put_beside_the_library_and_run(self):
         build = self.folder / "build"
         run("cmake", "-S", SOURCE / "examples/plugin", "-B", build, "-DCMAKE_BUILD_TYPE=Release",
-            f"-DCMAKE_PREFIX_PATH={self.root.folder}/usr", f"-DCMAKE_CXX_COMPILER={CXX[0]}",
-            f"-DCMAKE_INSTALL_LIBDIR={LIBRARY_FOLDER}")
+            f"-DCMAKE_PREFIX_PATH={self.root.folder}/usr", f"-DCMAKE_CXX_COMPILER={CXX[0]}")
         run("cmake", "--build", build)
         run("cmake", "--install", build, "--prefix", self.root.folder / "usr")
         write_picture(self.folder / "spot.png")
@@ -189,7 +191,7 @@ class Use(InstallationTest):
         self.assertEqual(found, [{"x": 16, "y": 24, "w": 8, "h": 8, "area": 64}])
 
     def test_a_program_is_built_with_pkg_config_alone_and_run(self):
-        build_with_pkg_config(HERE / "masks.cpp", self.folder / "masks", self.root.libraries / "pkgconfig")
+        build_with_pkg_config(MASKS, self.folder / "masks", self.root.libraries / "pkgconfig")
         self.assertEqual(self.root.run(self.folder / "masks"), MASKS_OUTPUT)
 
 

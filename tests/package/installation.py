@@ -7,16 +7,17 @@ import tempfile
 import unittest
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
-HERE = pathlib.Path(__file__).resolve().parent
 # Set by the CMakeLists.txt beside.
 BUILD = pathlib.Path(os.environ["QEL_BUILD"])
 PREFIX = pathlib.Path(os.environ["QEL_PREFIX"])
 LIBRARY_FOLDER = os.environ["QEL_LIBRARY_FOLDER"]
 VERSION = os.environ["QEL_VERSION"]
+MAJOR = VERSION.split(".")[0]
 CXX = [*os.environ["QEL_CXX"].split(), "-std=c++20", *os.environ["QEL_CXX_FLAGS"].split()]
 LIBRARIES = ["algorithm", "configuration", "hash", "inference", "logging", "media", "object", "property", "serialize",
              "system", "type"]
-MASKS_OUTPUT = "3,3 to 12,8\n39,19 to 50,30\n"
+MASKS = SOURCE / "examples/masks_and_blobs/main.cpp"
+MASKS_OUTPUT = (SOURCE / "tests/examples/expected/masks_and_blobs.txt").read_text(encoding="ascii")
 
 
 def run(*command, environment=None, expect=0, folder=None):

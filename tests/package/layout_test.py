@@ -5,8 +5,8 @@ import os
 import shutil
 import subprocess
 
-from installation import (BUILD, CXX, HERE, LIBRARIES, LIBRARY_FOLDER, MASKS_OUTPUT, PREFIX, SOURCE, VERSION,
-                          InstallationTest, build_with_pkg_config, main, run)
+from installation import (BUILD, CXX, LIBRARIES, LIBRARY_FOLDER, MAJOR, MASKS, MASKS_OUTPUT, PREFIX, SOURCE,
+                          VERSION, InstallationTest, build_with_pkg_config, main, run)
 
 
 def copy(target):
@@ -16,12 +16,11 @@ def copy(target):
 
 class Layout(InstallationTest):
     def test_each_library_has_its_soname_and_the_links_to_it(self):
-        major = VERSION.split(".")[0]
         for library in LIBRARIES:
             name = PREFIX / LIBRARY_FOLDER / f"libqel_{library}.so"
-            self.assertEqual(os.readlink(name), f"{name.name}.{major}")
-            self.assertEqual(os.readlink(f"{name}.{major}"), f"{name.name}.{VERSION}")
-            self.assertIn(f"soname: [{name.name}.{major}]", run("readelf", "-d", name))
+            self.assertEqual(os.readlink(name), f"{name.name}.{MAJOR}")
+            self.assertEqual(os.readlink(f"{name}.{MAJOR}"), f"{name.name}.{VERSION}")
+            self.assertIn(f"soname: [{name.name}.{MAJOR}]", run("readelf", "-d", name))
 
     def test_no_file_that_users_read_or_build_with_names_a_place_of_this_machine(self):
         places = [str(place) for place in (PREFIX, BUILD, SOURCE)]
@@ -60,7 +59,7 @@ class Loader(InstallationTest):
 
     def test_finds_the_plugins_through_links_to_the_libraries(self):
         for library in LIBRARIES:
-            name = f"libqel_{library}.so.{VERSION.split('.')[0]}"
+            name = f"libqel_{library}.so.{MAJOR}"
             (self.folder / name).symlink_to(PREFIX / LIBRARY_FOLDER / name)
         found = self.plugins(PREFIX / "bin/qel", environment={"LD_LIBRARY_PATH": str(self.folder)})
         self.assertEqual(found, self.expected(PREFIX.resolve()))
@@ -89,7 +88,7 @@ class PkgConfig(InstallationTest):
 
     def test_is_enough_to_build_and_run_a_program_in_a_prefix_that_was_moved(self):
         moved = copy(self.folder / "moved")
-        build_with_pkg_config(HERE / "masks.cpp", self.folder / "masks", moved / LIBRARY_FOLDER / "pkgconfig")
+        build_with_pkg_config(MASKS, self.folder / "masks", moved / LIBRARY_FOLDER / "pkgconfig")
         output = run(self.folder / "masks", environment={"LD_LIBRARY_PATH": str(moved / LIBRARY_FOLDER)})
         self.assertEqual(output, MASKS_OUTPUT)
 

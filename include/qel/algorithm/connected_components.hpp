@@ -46,7 +46,7 @@ public:
     friend void swap(ConnectedComponents& a, ConnectedComponents& b) noexcept { a.impl_.swap(b.impl_); }
 
 private:
-    struct Impl;
+    struct QEL_ALGORITHM_NO_EXPORT Impl;
 
     std::unique_ptr<Impl> impl_;
 };

@@ -36,7 +36,7 @@ public:
     }
 
 private:
-    struct Impl;
+    struct QEL_ALGORITHM_NO_EXPORT Impl;
 
     std::unique_ptr<Impl> impl_;
 };

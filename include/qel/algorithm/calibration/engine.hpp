@@ -53,7 +53,7 @@ public:
                      geometry::Dimension<int, 2> const& imageSize) const;
 
     /// The record behind the engine; complete inside the library only.
-    struct Impl;
+    struct QEL_ALGORITHM_NO_EXPORT Impl;
 
 private:
     std::unique_ptr<Impl> impl_;
