@@ -10,6 +10,11 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+#if defined(__GNUC__) && !defined(__clang__)
+// g++ 12 warns of registers that its own header leaves undefined on purpose.
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #endif
 
 namespace qel::algorithm::bit_mask {
@@ -103,9 +108,9 @@ template <bool Dilation>
     }
 }
 
-/// Lanes 0 to count - 1 (16 at most).
-[[QEL_TARGET_AVX512, gnu::always_inline]] inline __mmask16 Lanes16(std::size_t count) {
-    return static_cast<__mmask16>(count < 16 ? (1U << count) - 1U : 0xFFFFU);
+/// Lanes first to count - 1 (16 at most).
+[[QEL_TARGET_AVX512, gnu::always_inline]] inline __mmask16 Lanes16(std::size_t first, std::size_t count) {
+    return static_cast<__mmask16>((count < 16 ? (1U << count) - 1U : 0xFFFFU) & ~0U << first);
 }
 
 template <bool Dilation>
@@ -114,34 +119,85 @@ template <bool Dilation>
     return _mm512_ternarylogic_epi32(a, b, c, Dilation ? 0xFE : 0x80);
 }
 
+/// The bands as if each were one long row: vectors run on from row to row, and lanes at the ends of rows see zeros.
 template <bool Dilation>
-[[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i Load(std::uint32_t const* above, std::uint32_t const* row,
-                                                              std::uint32_t const* below, __mmask16 lanes) {
-    return Combine<Dilation>(_mm512_maskz_loadu_epi32(lanes, above), _mm512_maskz_loadu_epi32(lanes, row),
-                             _mm512_maskz_loadu_epi32(lanes, below));
-}
+class Bands512 {
+public:
+    /// Vector 0 begins skipped words before the bands do.
+    [[QEL_TARGET_AVX512, gnu::always_inline]] inline Bands512(std::uint32_t const* above, std::uint32_t const* row,
+                                                              std::uint32_t const* below, std::size_t words,
+                                                              std::size_t skipped)
+        : above_(above - skipped),
+          row_(row - skipped),
+          below_(below - skipped),
+          words_(static_cast<std::ptrdiff_t>(words)),
+          toLast_(static_cast<std::ptrdiff_t>((skipped + words - 1) % words)),
+          step_(static_cast<std::ptrdiff_t>(16 % words)) {
+        for (std::size_t i = 0; i < 16; i += words) everyRow_ |= 1U << i;
+    }
+
+    [[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i Load(std::size_t i, __mmask16 lanes) const {
+        return Combine<Dilation>(_mm512_maskz_loadu_epi32(lanes, above_ + i), _mm512_maskz_loadu_epi32(lanes, row_ + i),
+                                 _mm512_maskz_loadu_epi32(lanes, below_ + i));
+    }
+
+    [[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i Load(std::size_t i) const {
+        // Only the lowest band is new to the cache; 4 lines ahead is 5 to 10 % faster.
+        _mm_prefetch(reinterpret_cast<char const*>(below_ + i + 64), _MM_HINT_T0);
+        return Combine<Dilation>(_mm512_loadu_si512(above_ + i), _mm512_loadu_si512(row_ + i),
+                                 _mm512_loadu_si512(below_ + i));
+    }
+
+    [[QEL_TARGET_AVX512, gnu::always_inline]] inline void Begin(__m512i first) { current_ = first; }
+
+    /// What becomes of the current vector; next takes its place.
+    [[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i Spread(__m512i next) {
+        // The lanes that hold last words of rows, and the lanes after them.
+        std::uint32_t const last = everyRow_ << (toLast_ < 16 ? toLast_ : 16);
+        std::uint32_t const first = last << 1 | begins_;
+        begins_ = last >> 15 & 1U;
+        toLast_ -= step_;
+        toLast_ = toLast_ < 0 ? toLast_ + words_ : toLast_;
+        __m512i const before = _mm512_maskz_alignr_epi32(static_cast<__mmask16>(~first), current_, previous_, 15);
+        __m512i const after = _mm512_maskz_alignr_epi32(static_cast<__mmask16>(~last), next, current_, 1);
+        __m512i const spread = Combine<Dilation>(current_, _mm512_shrdi_epi32(current_, before, 1),
+                                                 _mm512_shldi_epi32(current_, after, 1));
+        previous_ = current_;
+        current_ = next;
+        return spread;
+    }
+
+private:
+    std::uint32_t const *above_, *row_, *below_;
+    std::ptrdiff_t words_;
+    std::ptrdiff_t toLast_;  ///< words from the current vector's first to the last of a row
+    std::ptrdiff_t step_;
+    std::uint32_t everyRow_ = 0;  ///< bits a row apart
+    std::uint32_t begins_ = 0;    ///< whether a row begins with the current vector
+    __m512i previous_ = _mm512_setzero_si512(), current_ = _mm512_setzero_si512();
+};
 
 template <bool Dilation>
 [[QEL_TARGET_AVX512]] void Avx512(std::uint32_t const* above, std::uint32_t const* row, std::uint32_t const* below,
                                   std::uint32_t* out, std::size_t rows, std::size_t words) {
-    if (words == 0) return;
-    for (; rows != 0; --rows, above += words, row += words, below += words, out += words) {
-        __m512i previous = _mm512_setzero_si512();
-        __mmask16 lanes = Lanes16(words);
-        __m512i current = Load<Dilation>(above, row, below, lanes);
-        for (std::size_t i = 0; i < words; i += 16) {
-            __mmask16 const nextLanes = i + 16 < words ? Lanes16(words - i - 16) : __mmask16{0};
-            __m512i const next = Load<Dilation>(above + i + 16, row + i + 16, below + i + 16, nextLanes);
-            // The zero-masking form: g++ 12 warns of an uninitialised register inside the plain one.
-            __m512i const before = _mm512_maskz_alignr_epi32(0xFFFF, current, previous, 15);
-            __m512i const after = _mm512_maskz_alignr_epi32(0xFFFF, next, current, 1);
-            __m512i const spread = Combine<Dilation>(current, _mm512_shrdi_epi32(current, before, 1),
-                                                     _mm512_shldi_epi32(current, after, 1));
-            _mm512_mask_storeu_epi32(out + i, lanes, spread);
-            previous = current;
-            current = next;
-            lanes = nextLanes;
-        }
+    if (rows == 0 || words == 0) return;
+    // The first vector begins so much earlier that vectors are stored aligned; nothing is touched there.
+    std::size_t const skipped = reinterpret_cast<std::uintptr_t>(out) / 4 % 16;
+    Bands512<Dilation> bands(above, row, below, words, skipped);
+    out -= skipped;
+    std::size_t const end = rows * words + skipped;
+    __mmask16 lanes = Lanes16(skipped, end);
+    bands.Begin(bands.Load(0, lanes));
+    std::size_t i = 0;
+    if (end >= 32) {
+        _mm512_mask_store_epi32(out, lanes, bands.Spread(bands.Load(16)));
+        for (i = 16; i + 32 <= end; i += 16) _mm512_store_si512(out + i, bands.Spread(bands.Load(i + 16)));
+        lanes = 0xFFFF;
+    }
+    for (; i < end; i += 16) {
+        __mmask16 const nextLanes = i + 16 < end ? Lanes16(0, end - i - 16) : __mmask16{0};
+        _mm512_mask_store_epi32(out + i, lanes, bands.Spread(bands.Load(i + 16, nextLanes)));
+        lanes = nextLanes;
     }
 }
 

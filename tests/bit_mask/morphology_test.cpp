@@ -23,14 +23,17 @@ Words Random(std::size_t count, unsigned int percent, std::mt19937& random) {
     return reference::Noise({static_cast<unsigned int>(32 * count), 1}, percent, random).GetData();
 }
 
-/// What write leaves in count words, checking that the words around them stay.
+/// What write leaves in count words, checking that the words around them stay. They begin at any place in a vector.
 template <class Write>
 Words Output(std::size_t count, Write write) {
+    static std::ptrdiff_t before = 32;
+    before = 32 + (before - 31) % 16;
     Words words(count + 64, Guard);
-    write(words.data() + 32);
-    EXPECT_EQ(Words(words.begin(), words.begin() + 32), Words(32, Guard));
-    EXPECT_EQ(Words(words.end() - 32, words.end()), Words(32, Guard));
-    return {words.begin() + 32, words.end() - 32};
+    write(words.data() + before);
+    std::ptrdiff_t const after = before + static_cast<std::ptrdiff_t>(count);
+    EXPECT_EQ(Words(words.begin(), words.begin() + before), Words(static_cast<std::size_t>(before), Guard));
+    EXPECT_EQ(Words(words.begin() + after, words.end()), Words(static_cast<std::size_t>(64 - before), Guard));
+    return {words.begin() + before, words.begin() + after};
 }
 
 class Morphology : public testing::TestWithParam<RowKernels> {};
