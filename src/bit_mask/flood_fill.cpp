@@ -1,13 +1,12 @@
 // A fill by runs: each run is extended, filled at once, and the rows above and below it are searched for runs that it
-// touches. dst is the record of what has been visited. Rows are searched word by word. A region of many runs is then
-// grown by whole rows for as long as that gains much, and finished by runs.
+// touches. dst is the record of what has been visited. Rows are searched word by word. Where many runs come to wait,
+// the region is grown by whole rows from there for as long as that gains much, and finished by runs.
 #include "qel/algorithm/bit_mask/flood_fill.hpp"
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "bit_mask/region_sweep.hpp"
 #include "bit_mask/scan_row.hpp"
@@ -38,30 +37,63 @@ public:
 
     /// The last column, inside the width, of the run of fillable pixels that begins behind column end.
     unsigned int ExtendRight(unsigned int end, unsigned int width) const {
-        while (end + 1 < width) {
-            unsigned int const bit = (end + 1) % 32;
-            unsigned int const count = static_cast<unsigned int>(std::countl_one((*this)[(end + 1) / 32] << bit));
-            end += count;
-            if (count < 32 - bit) break;
-        }
-        return std::min(end, width - 1);
+        if (end + 1 >= width) return end;
+        std::size_t i = (end + 1) / 32;
+        std::size_t const last = (width - 1) / 32;
+        std::uint32_t ends = ~(*this)[i] & HeadMask(end + 1);
+        while (ends == 0 && i != last) ends = ~(*this)[++i];
+        unsigned int const next = static_cast<unsigned int>(32 * i) + static_cast<unsigned int>(std::countl_zero(ends));
+        return std::min(next, width) - 1;
     }
 
-    /// Whether any pixel of columns first to last is fillable.
-    bool Any(unsigned int first, unsigned int last) const {
-        for (std::size_t i = first / 32; i <= last / 32; ++i) {
-            std::uint32_t word = (*this)[i];
-            if (i == first / 32) word &= HeadMask(first);
-            if (i == last / 32) word &= TailMask(last);
-            if (word != 0) return true;
-        }
-        return false;
-    }
+    bool Has(unsigned int x) const { return ((*this)[x / 32] << x % 32 >> 31) != 0; }
 
 private:
     std::uint32_t const* src_;
     std::uint32_t const* dst_;
 };
+
+/// ScanRow's work.
+[[gnu::always_inline]] inline void PushRuns(FillableRow const& fillable, unsigned int width, std::stack<Range>& stack,
+                                            unsigned int from, unsigned int to, unsigned int row, bool direction) {
+    unsigned int const low = from > 0 ? from - 1 : 0;
+    unsigned int const high = to < width - 1 ? to + 1 : width - 1;
+    if (from > 0 && high < low) return;
+    auto const push = [&](unsigned int start, unsigned int end) {
+        // In place: a copy would be read before its parts have reached memory.
+        stack.emplace(start, end, row, direction, start == low, end == high);
+    };
+    std::size_t i = low / 32;
+    std::size_t const last = high / 32;
+    std::uint32_t word = fillable[i] & HeadMask(low);
+    while (true) {
+        if (i == last) word &= TailMask(high);
+        if (word == 0) {
+            if (i++ == last) return;
+            word = fillable[i];
+            continue;
+        }
+        unsigned int const first = static_cast<unsigned int>(std::countl_zero(word));
+        unsigned int const count = static_cast<unsigned int>(std::countl_one(word << first));
+        unsigned int const start = static_cast<unsigned int>(32 * i) + first;
+        if (first + count < 32) {
+            push(start, start + count - 1);
+            word &= ~0U >> (first + count);
+            continue;
+        }
+        // The run reaches the word's end and may go on.
+        unsigned int const end = fillable.ExtendRight(static_cast<unsigned int>(32 * i) + 31, high + 1);
+        push(start, end);
+        if (end == high) return;
+        i = end / 32;
+        word = end % 32 == 31 ? 0 : fillable[i] & (~0U >> (end % 32 + 1));
+    }
+}
+
+inline void FillColumns(std::uint32_t* row, unsigned int first, unsigned int last) {
+    if (first / 32 != last / 32) return FillScanLine(row, first, last, 1);
+    row[first / 32] |= HeadMask(first) & TailMask(last);
+}
 
 /// One call's fill of masks that have the same size.
 class Fill {
@@ -77,77 +109,66 @@ public:
 
     void Run(geometry::Point<unsigned int, 2> const& seed) {
         // The seed is filled whatever it is; every later run only for what is left of it.
-        lowest_ = highest_ = seed.y;
-        FillRun({seed.x, seed.x, seed.y, 0, 1, 1});
-        while (FillNext()) {
-            if (HasManyRuns()) Sweep();
+        FillRun(seed.x, seed.x, seed.y, false, true, true);
+        for (std::size_t filled = 1; !stack_.empty(); ++filled) {
+            // Blobs, windings and whole rows leave a dozen waiting, noise and letters hundreds.
+            if (filled % 16 == 0 && stack_.size() >= many_) Sweep();
+            if (!stack_.empty()) FillNext();
         }
     }
 
 private:
-    static constexpr std::size_t SampledRows = 16;
-
-    /// Fills the run pending last, false when none is.
-    bool FillNext() {
-        if (stack_.empty()) return false;
-        Range const range = stack_.top();
+    void FillNext() {
+        // Field by field: copied at once, what was pushed just now would have to reach memory first.
+        Range const& top = stack_.top();
+        std::uint32_t const start = top.start, end = top.end, row = top.row;
+        bool const direction = top.direction, extendLeft = top.extendLeft, extendRight = top.extendRight;
         stack_.pop();
-        if (Row(range.row).Any(range.start, range.end)) FillRun(range);
-        return true;
+        if (Row(row).Has(start)) FillRun(start, end, row, direction, extendLeft, extendRight);
     }
 
-    /// Whether the rows reached so far hold so many runs that whole rows are worth trying; looked at now and then.
-    bool HasManyRuns() {
-        if (filled_.size() < nextLook_) return false;
-        nextLook_ *= 2;
-        std::size_t const step = (highest_ - lowest_) / SampledRows + 1;
-        std::size_t rows = 0, runs = 0;
-        for (std::size_t y = lowest_; y <= highest_; y += step, ++rows) {
-            FillableRow const row(src_ + y * stride_, dst_ + y * stride_);
-            for (std::size_t i = 0; i < stride_; ++i) {
-                runs += static_cast<std::size_t>(std::popcount(row[i] & ~(row[i] >> 1)));
-            }
-        }
-        return runs >= rows * std::max<std::size_t>(8, stride_ / 6);
-    }
-
-    /// Goes on by whole rows from what has been filled; leaves pending the runs that are worth no more rows.
+    /// Goes on by whole rows from the pending runs; leaves pending those that are worth no more rows.
     void Sweep() {
-        stack_ = {};
         RegionSweep sweep(srcMask_, dstMask_, height_);
-        for (Range const& range : filled_) sweep.Add(range.start, range.end, range.row);
-        filled_ = {};
-        swept_ = true;
-        sweep.Run();
+        for (; !stack_.empty(); stack_.pop()) {
+            Range const range = stack_.top();
+            FillableRow const row = Row(range.row);
+            if (!row.Has(range.start)) continue;
+            sweep.Add(row.ExtendLeft(range.start), row.ExtendRight(range.end, width_), range.row);
+        }
+        bool const done = sweep.Run();
         sweep.Store();
+        if (done) return;
+        many_ *= 2;
         // Single pixels: their runs are then searched for in both rows, whatever the direction.
-        sweep.ForEachOpenRun([this](auto const& p) { stack_.push({p.x, p.x, p.y, 0, 1, 1}); });
+        sweep.ForEachOpenRun([this](unsigned int x, unsigned int y) { stack_.emplace(x, x, y, false, true, true); });
     }
 
     FillableRow Row(unsigned int row) const { return {src_ + row * stride_, dst_ + row * stride_}; }
 
-    void FillRun(Range const& range) {
-        bool const more = !stack_.empty();
-        unsigned int const start = range.extendLeft ? Row(range.row).ExtendLeft(range.start) : range.start;
-        unsigned int const end = range.extendRight ? Row(range.row).ExtendRight(range.end, width_) : range.end;
-        FillScanLine(dst_ + range.row * stride_, start, end, 1);
-        if (!swept_) {
-            filled_.push_back({start, end, range.row, 0, 0, 0});
-            lowest_ = std::min(lowest_, range.row);
-            highest_ = std::max(highest_, range.row);
+    /// A range's fields.
+    [[gnu::always_inline]] inline void FillRun(std::uint32_t first, std::uint32_t last, std::uint32_t y, bool direction,
+                                               bool extendLeft, bool extendRight) {
+        // Copies: what is written to dst could be any of the members, for all that the compiler knows.
+        std::size_t const stride = stride_;
+        unsigned int const width = width_;
+        std::uint32_t const* const src = src_ + y * stride;
+        std::uint32_t* const dst = dst_ + y * stride;
+        FillableRow const row(src, dst);
+        unsigned int const start = extendLeft ? row.ExtendLeft(first) : first;
+        unsigned int const end = extendRight ? row.ExtendRight(last, width) : last;
+        FillColumns(dst, start, end);
+        auto const exists = [this, y](bool below) { return below ? y + 1 < height_ : y > 0; };
+        if (exists(direction)) {
+            std::ptrdiff_t const step =
+                direction ? static_cast<std::ptrdiff_t>(stride) : -static_cast<std::ptrdiff_t>(stride);
+            PushRuns({src + step, dst + step}, width, stack_, start, end, direction ? y + 1 : y - 1, direction);
         }
-        if (range.row + 1 < height_) Scan(range, start, end, range.row + 1, true, range.direction == 0 && more);
-        if (range.row > 0) Scan(range, start, end, range.row - 1, false, range.direction == 1 && more);
-    }
-
-    /// Partly: the row is the one the range was found from, and is filled beside what the range had then.
-    void Scan(Range const& range, unsigned int start, unsigned int end, unsigned int row, bool direction, bool partly) {
-        if (!partly) {
-            ScanRow(src_, dst_, width_, stride_, stack_, start, end, row, direction);
-            return;
-        }
-        ScanRow(src_, dst_, width_, stride_, stack_, start, range.start, row, direction);
-        ScanRow(src_, dst_, width_, stride_, stack_, range.end, end, row, direction);
+        // The run that the range was found beside is filled; there is more to find only beyond its ends.
+        if (!(extendLeft || extendRight) || !exists(!direction)) return;
+        unsigned int const back = direction ? y - 1 : y + 1;
+        if (extendLeft) ScanRow(src_, dst_, width, stride, stack_, start, first, back, !direction);
+        if (extendRight) ScanRow(src_, dst_, width, stride, stack_, last, end, back, !direction);
     }
 
     BitMask const& srcMask_;
@@ -158,34 +179,14 @@ private:
     unsigned int height_;
     std::size_t stride_;
     std::stack<Range> stack_;
-    // What has been filled, to go on from by whole rows; not kept any longer once that has been done.
-    std::vector<Range> filled_;
-    std::uint32_t lowest_ = 0, highest_ = 0;
-    std::size_t nextLook_ = 512;
-    bool swept_ = false;
+    std::size_t many_ = 96;  ///< runs pending that make whole rows worth trying
 };
 
 }  // namespace
 
 void ScanRow(std::uint32_t const* src, std::uint32_t const* dst, unsigned int width, std::size_t stride,
              std::stack<Range>& stack, unsigned int from, unsigned int to, unsigned int row, bool direction) {
-    unsigned int const low = from > 0 ? from - 1 : 0;
-    unsigned int const high = to < width - 1 ? to + 1 : width - 1;
-    if (from > 0 && high < low) return;
-    FillableRow const fillable(src + row * stride, dst + row * stride);
-    unsigned int x = low;
-    while (x <= high) {
-        // The next fillable pixel, then the run that it begins.
-        std::uint32_t const word = fillable[x / 32] & HeadMask(x);
-        unsigned int const start = x / 32 * 32 + static_cast<unsigned int>(std::countl_zero(word));
-        if (word == 0 || start > high) {
-            x = x / 32 * 32 + 32;
-            continue;
-        }
-        unsigned int const end = fillable.ExtendRight(start, high + 1);
-        stack.push({start, end, row, direction ? 1U : 0U, start == low ? 1U : 0U, end == high ? 1U : 0U});
-        x = end + 2;
-    }
+    PushRuns({src + row * stride, dst + row * stride}, width, stack, from, to, row, direction);
 }
 
 void FloodFill8Way(BitMask const& src, BitMask& dst, geometry::Point<unsigned int, 2> const& seed, unsigned int value) {

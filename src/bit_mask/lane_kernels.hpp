@@ -7,22 +7,30 @@
 
 namespace qel::algorithm::bit_mask {
 
-/// 64 pixels of a row, the first in the highest bit.
+/// 64 pixels of a row, the first in the lowest bit: additions then carry to the right, from lane to lane as well.
 using Lane = std::uint64_t;
 
-/// Writes to seeds what is set in fillable, clear in region and touches, diagonally as well, what is set in the rows
-/// above and below; false when that is nothing. above and below have a lane before their first and behind their last.
-using FindSeedsKernel = bool (*)(Lane const* above, Lane const* below, Lane const* fillable, Lane const* region,
-                                 Lane* seeds, std::size_t lanes);
-
-/// Extends seeds rightwards over fillable, each lane by itself; leading receives the run that begins with the lane.
-using FillRightwardsKernel = void (*)(Lane const* fillable, Lane* seeds, Lane* leading, std::size_t lanes);
+/// Kernels may read and write as many lanes more as fill up the last group of this many.
+constexpr std::size_t LaneGroup = 8;
 
 /// The lane loops of growing a region for one instruction set.
 struct LaneKernels {
     char const* name;
-    FindSeedsKernel findSeeds;
-    FillRightwardsKernel fillRightwards;
+
+    /// Writes as lanes the pixels set in src and clear in dst, rows of the given number of words, and clears the
+    /// region's row; both to their pitch, a multiple of groups.
+    void (*load)(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words, Lane* fillable, Lane* region,
+                 std::size_t pitch);
+
+    /// Grows the region of a row: by what is fillable and touches, diagonally as well, the region in the rows above
+    /// and below, and by the rest of the runs of fillable pixels that this reaches. Returns how many lanes that
+    /// changed. The lanes before the first and behind the last of each row are empty; so are those that fill up a
+    /// group. scratch: two rows of lanes, whatever they hold.
+    std::size_t (*grow)(Lane const* above, Lane const* below, Lane const* fillable, Lane* region, Lane* scratch,
+                        std::size_t lanes);
+
+    /// Sets the region's pixels in dst.
+    void (*store)(Lane const* region, std::uint32_t* dst, std::size_t words);
 };
 
 /// Those this machine can run, the fastest last.

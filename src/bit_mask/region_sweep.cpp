@@ -1,125 +1,98 @@
-// Rows are filled 64 pixels at a time. Leftwards an addition does it: a seed added to the run that it stands in carries
-// up to the run's left end, over lanes as well. Rightwards the distance that seeds reach is doubled six times.
 #include "bit_mask/region_sweep.hpp"
 
 #include <algorithm>
 
 namespace qel::algorithm::bit_mask {
-namespace {
 
-/// The two words from words[i] on as one lane; the second may be missing.
-Lane Load(std::uint32_t const* words, std::size_t i, std::size_t count) {
-    return Lane{words[i]} << 32U | (i + 1 < count ? words[i + 1] : 0U);
-}
-
-/// Seeds and what of the lane's runs stands left of them; carry passes from lane to lane, right to left.
-Lane FillLeftwards(Lane fillable, Lane seeds, Lane& carry) {
-    __extension__ using TwoLanes = unsigned __int128;
-    TwoLanes const sum = TwoLanes{fillable} + seeds + carry;
-    carry = static_cast<Lane>(sum >> 64U);
-    return fillable & (~static_cast<Lane>(sum) | seeds);
-}
-
-}  // namespace
-
-RegionSweep::RegionSweep(BitMask const& src, BitMask& dst, unsigned int height)
-    : dst_(&dst),
+RegionSweep::RegionSweep(BitMask const& src, BitMask& dst, std::size_t height)
+    : src_(&src),
+      dst_(&dst),
       height_(height),
       lanes_((src.GetStride() + 1) / 2),
-      fillable_(height_ * lanes_),
-      region_(height_ * (lanes_ + 1) + 1),
-      seeds_(lanes_),
-      leading_(lanes_),
-      open_(height_) {
-    std::size_t const stride = src.GetStride();
-    unsigned int const rest = src.GetSize().width % 64U;
-    Lane const last = rest == 0 ? ~Lane{0} : ~(~Lane{0} >> rest);
-    for (std::size_t row = 0; row < height_; ++row) {
-        std::uint32_t const* const from = src.GetData().data() + row * stride;
-        std::uint32_t const* const to = dst.GetData().data() + row * stride;
-        Lane* const out = fillable_.data() + row * lanes_;
-        for (std::size_t i = 0; i < lanes_; ++i) {
-            out[i] = Load(from, 2 * i, stride) & ~Load(to, 2 * i, stride);
-        }
-        out[lanes_ - 1] &= last;
-    }
+      pitch_((lanes_ + LaneGroup) / LaneGroup * LaneGroup),
+      last_(~Lane{0} >> (64U * lanes_ - src.GetSize().width)),
+      fillable_(new Lane[height_ * pitch_]),
+      // A group more in front: the lane before the first is read.
+      region_(new Lane[LaneGroup + (height_ + 2) * pitch_]),
+      scratch_(new Lane[2 * pitch_]),
+      rows_(height_),
+      lowest_(height_) {
+    std::fill_n(region_.get(), LaneGroup + pitch_, Lane{0});
+    std::fill_n(Region(height_), pitch_, Lane{0});
 }
 
-void RegionSweep::Add(unsigned int first, unsigned int last, unsigned int row) {
+void RegionSweep::Prepare(std::size_t row) {
+    if (rows_[row].prepared) return;
+    rows_[row].prepared = true;
+    std::size_t const stride = src_->GetStride();
+    kernels_->load(src_->GetData().data() + row * stride, dst_->GetData().data() + row * stride, stride, Fillable(row),
+                   Region(row), pitch_);
+    Fillable(row)[lanes_ - 1] &= last_;
+    // The lane before the row is read as well.
+    Region(row)[-1] = 0;
+}
+
+void RegionSweep::Add(unsigned int first, unsigned int last, std::size_t row) {
+    Prepare(row);
     for (std::size_t i = first / 64; i <= last / 64; ++i) {
         Lane lane = ~Lane{0};
-        if (i == first / 64) lane &= ~Lane{0} >> first % 64U;
-        if (i == last / 64) lane &= ~Lane{0} << (63U - last % 64U);
+        if (i == first / 64) lane &= ~Lane{0} << first % 64U;
+        if (i == last / 64) lane &= ~Lane{0} >> (63U - last % 64U);
         Region(row)[i] |= lane;
         // What is in the region may be passed through, whatever the masks hold there.
-        fillable_[row * lanes_ + i] |= lane;
+        Fillable(row)[i] |= lane;
     }
-    MarkNeighbours(row);
+    OpenNeighbours(row);
 }
 
-void RegionSweep::MarkNeighbours(std::size_t row) {
-    auto const mark = [this](std::size_t neighbour) {
-        openRows_ += open_[neighbour] == 0 ? 1 : 0;
-        open_[neighbour] = 1;
-    };
-    if (row > 0) mark(row - 1);
-    if (row + 1 < height_) mark(row + 1);
+void RegionSweep::Open(std::size_t row) {
+    if (rows_[row].open) return;
+    rows_[row].open = true;
+    ++openRows_;
+    // What growing a row looks at.
+    if (row > 0) Prepare(row - 1);
+    Prepare(row);
+    if (row + 1 < height_) Prepare(row + 1);
+    lowest_ = std::min(lowest_, row);
+    highest_ = std::max(highest_, row);
 }
 
-bool RegionSweep::FindSeeds(std::size_t row) {
-    // A row that is not there is the other one once more.
-    Lane const* const above = Region(row > 0 ? row - 1 : std::min<std::size_t>(row + 1, height_ - 1));
-    Lane const* const below = Region(row + 1 < height_ ? row + 1 : row > 0 ? row - 1 : row);
-    return kernels_->findSeeds(above, below, Fillable(row), Region(row), seeds_.data(), lanes_);
+void RegionSweep::OpenNeighbours(std::size_t row) {
+    if (row > 0) Open(row - 1);
+    if (row + 1 < height_) Open(row + 1);
 }
 
-std::size_t RegionSweep::FillSeeds(std::size_t row) {
-    Lane const* const fillable = Fillable(row);
-    Lane* const region = Region(row);
-    Lane carry = 0;
-    for (std::size_t i = lanes_; i-- != 0;) seeds_[i] = FillLeftwards(fillable[i], seeds_[i] | region[i], carry);
-    kernels_->fillRightwards(fillable, seeds_.data(), leading_.data(), lanes_);
-    std::size_t changed = 0;
-    Lane entering = 0;
-    for (std::size_t i = 0; i < lanes_; ++i) {
-        // What enters from the left fills the run that begins with the lane.
-        Lane const filled = seeds_[i] | (leading_[i] & (0 - entering));
-        changed += filled != region[i] ? 1 : 0;
-        region[i] = filled;
-        // Not taken from filled: so the lanes wait for each other no longer than they have to.
-        entering = (seeds_[i] | (leading_[i] & entering)) & 1U;
-    }
-    return changed;
-}
-
-std::size_t RegionSweep::Update(std::size_t row) {
-    if (open_[row] == 0) return 0;
-    open_[row] = 0;
+void RegionSweep::Update(std::size_t row) {
+    if (!rows_[row].open) return;
+    rows_[row].open = false;
     --openRows_;
-    if (!FindSeeds(row)) return 0;
-    MarkNeighbours(row);
-    return FillSeeds(row);
+    ++visited_;
+    Lane* const region = Region(row);
+    std::size_t const changed =
+        kernels_->grow(region - pitch_, region + pitch_, Fillable(row), region, scratch_.get(), lanes_);
+    if (changed == 0) return;
+    gained_ += changed;
+    OpenNeighbours(row);
 }
 
-void RegionSweep::Run() {
-    // A row costs as much as a few runs, by its length; what changes fewer lanes is faster run by run.
-    std::size_t const worthARow = std::max<std::size_t>(1, lanes_ / 8);
+bool RegionSweep::Run() {
+    // What changes less than a lane a row is faster run by run.
     for (bool down = true; openRows_ != 0; down = !down) {
-        std::size_t const rows = openRows_;
-        std::size_t gained = 0;
-        for (std::size_t i = 0; i < height_; ++i) gained += Update(down ? i : height_ - 1 - i);
-        if (gained < worthARow * rows) return;
+        visited_ = gained_ = 0;
+        if (down) {
+            for (std::size_t row = lowest_; row <= highest_; ++row) Update(row);
+        } else {
+            for (std::size_t row = highest_ + 1; row-- > lowest_;) Update(row);
+        }
+        if (gained_ < visited_) return false;
     }
+    return true;
 }
 
 void RegionSweep::Store() const {
-    std::size_t const stride = dst_->GetStride();
+    std::size_t const stride = src_->GetStride();
     for (std::size_t row = 0; row < height_; ++row) {
-        std::uint32_t* const words = dst_->GetData().data() + row * stride;
-        Lane const* const region = Region(row);
-        for (std::size_t i = 0; i < stride; ++i) {
-            words[i] |= static_cast<std::uint32_t>(i % 2 == 0 ? region[i / 2] >> 32U : region[i / 2]);
-        }
+        if (rows_[row].prepared) kernels_->store(Region(row), dst_->GetData().data() + row * stride, stride);
     }
 }
 

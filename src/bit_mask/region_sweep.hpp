@@ -1,12 +1,13 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "bit_mask/lane_kernels.hpp"
 #include "qel/algorithm/bit_mask.hpp"
-#include "qel/geometry/point.hpp"
 
 namespace qel::algorithm::bit_mask {
 
@@ -15,59 +16,67 @@ namespace qel::algorithm::bit_mask {
 class RegionSweep {
 public:
     /// Takes the first height rows of two masks of one size, height > 0. They have to outlive this.
-    RegionSweep(BitMask const& src, BitMask& dst, unsigned int height);
+    RegionSweep(BitMask const& src, BitMask& dst, std::size_t height);
 
     /// Adds columns first to last, both inclusive, of a row to the region.
-    void Add(unsigned int first, unsigned int last, unsigned int row);
+    void Add(unsigned int first, unsigned int last, std::size_t row);
 
-    /// Sweeps as long as that changes much of the rows it looks at.
-    void Run();
+    /// Sweeps as long as that changes much of the rows it looks at; true when nothing is left to change.
+    bool Run();
 
     /// Sets the region in dst.
     void Store() const;
 
-    /// For each row that may still change, calls push(point) with one pixel of each run that touches the region.
+    /// For each row that may still change, calls push(column, row) with one pixel of each run that touches the region.
     template <class Push>
-    void ForEachOpenRun(Push push);
+    void ForEachOpenRun(Push push) const;
 
 private:
-    Lane* Region(std::size_t row) { return region_.data() + 1 + row * (lanes_ + 1); }
-    Lane const* Region(std::size_t row) const { return region_.data() + 1 + row * (lanes_ + 1); }
-    Lane const* Fillable(std::size_t row) const { return fillable_.data() + row * lanes_; }
+    Lane* Region(std::size_t row) const { return region_.get() + LaneGroup + (row + 1) * pitch_; }
+    Lane* Fillable(std::size_t row) const { return fillable_.get() + row * pitch_; }
 
-    /// Finds the fillable pixels outside the region that touch it in the rows above and below; false without any.
-    bool FindSeeds(std::size_t row);
-    /// Takes the runs of the seeds into the region; returns how many lanes that changed.
-    std::size_t FillSeeds(std::size_t row);
-    std::size_t Update(std::size_t row);
-    void MarkNeighbours(std::size_t row);
+    void Prepare(std::size_t row);
+    void Open(std::size_t row);
+    /// Opens the rows beside one that has changed.
+    void OpenNeighbours(std::size_t row);
+    void Update(std::size_t row);
 
+    BitMask const* src_;
     BitMask* dst_;
     std::size_t height_;
     std::size_t lanes_;
-    std::vector<Lane> fillable_;
-    std::vector<Lane> region_;  ///< an empty lane before each row and behind the last
-    std::vector<Lane> seeds_, leading_;
+    std::size_t pitch_;  ///< lanes from row to row: an empty one behind each row at least
+    Lane last_;          ///< the columns inside the width, of the last lane
+    // Neither holds anything in a row before it is prepared: small regions of large masks cost what they reach.
+    std::unique_ptr<Lane[]> fillable_;
+    std::unique_ptr<Lane[]> region_;  ///< an empty row before the first and behind the last
+    std::unique_ptr<Lane[]> scratch_;
     LaneKernels const* kernels_ = &GetLaneKernels();
-    std::vector<std::uint8_t> open_;  ///< rows that may change
+    struct RowState {
+        bool prepared, open;
+    };
+    std::vector<RowState> rows_;
     std::size_t openRows_ = 0;
+    std::size_t visited_ = 0, gained_ = 0;  ///< rows grown in a sweep, and lanes that this changed
+    std::size_t lowest_, highest_ = 0;      ///< of the rows ever open
 };
 
 template <class Push>
-void RegionSweep::ForEachOpenRun(Push push) {
+void RegionSweep::ForEachOpenRun(Push push) const {
     for (std::size_t row = 0; row < height_; ++row) {
-        if (open_[row] == 0 || !FindSeeds(row)) continue;
-        Lane carry = 0;
+        if (!rows_[row].open) continue;
+        Lane const *const above = Region(row) - pitch_, *const below = Region(row) + pitch_;
+        Lane previousSeeds = 0;
         for (std::size_t i = 0; i < lanes_; ++i) {
-            Lane const seeds = seeds_[i];
-            for (unsigned int bit = 0; bit < 64; ++bit) {
-                bool const starts = (seeds << bit >> 63U & ~carry & 1U) != 0;
-                carry = seeds << bit >> 63U;
-                if (starts) {
-                    push(geometry::Point<unsigned int, 2>{static_cast<unsigned int>(64 * i) + bit,
-                                                          static_cast<unsigned int>(row)});
-                }
+            Lane const previous = above[i - 1] | below[i - 1], current = above[i] | below[i],
+                       next = above[i + 1] | below[i + 1];
+            Lane const touched = current | current << 1U | previous >> 63U | current >> 1U | next << 63U;
+            Lane const seeds = touched & Fillable(row)[i] & ~Region(row)[i];
+            for (Lane starts = seeds & ~(seeds << 1U | previousSeeds >> 63U); starts != 0; starts &= starts - 1) {
+                push(static_cast<unsigned int>(64 * i) + static_cast<unsigned int>(std::countr_zero(starts)),
+                     static_cast<unsigned int>(row));
             }
+            previousSeeds = seeds;
         }
     }
 }

@@ -8,6 +8,9 @@ namespace qel::algorithm::bit_mask {
 
 /// A run of pixels still to be filled; columns are inclusive.
 struct Range {
+    Range(std::uint32_t first, std::uint32_t last, std::uint32_t y, bool below, bool left, bool right)
+        : start(first), end(last), row(y), direction(below), extendLeft(left), extendRight(right) {}
+
     std::uint32_t start;
     std::uint32_t end;
     std::uint32_t row;

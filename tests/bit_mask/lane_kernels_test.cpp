@@ -1,6 +1,7 @@
 // Every set of lane loops that the machine can run, against a walk over the pixels.
 #include "bit_mask/lane_kernels.hpp"
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -13,61 +14,98 @@ namespace {
 
 using Lanes = std::vector<Lane>;
 
-bool Get(Lane const* lanes, std::ptrdiff_t x) { return (lanes[x / 64] >> (63 - x % 64) & 1U) != 0; }
+constexpr std::size_t Counts[] = {1, 2, 3, 7, 8, 9, 15, 16, 17, 30, 32};
 
-/// Lanes of noise between an empty one at either end.
-Lanes Noise(std::size_t count, unsigned int percent, std::mt19937& random) {
-    Lanes lanes(count + 2);
-    for (std::size_t i = 1; i <= count; ++i) {
-        for (int bit = 0; bit < 64; ++bit) lanes[i] = lanes[i] << 1 | (random() % 100 < percent ? 1U : 0U);
+bool Get(Lane const* lanes, std::ptrdiff_t x) { return (lanes[x / 64] >> x % 64 & 1U) != 0; }
+
+/// One row of lanes after a group of empty ones, and with what fills up its last group and one lane more behind it.
+class Row {
+public:
+    explicit Row(std::size_t count) : count_(count), lanes_(LaneGroup + (count + LaneGroup) / LaneGroup * LaneGroup) {}
+    Row(std::size_t count, unsigned int percent, std::mt19937& random) : Row(count) {
+        for (std::size_t i = 0; i < 64 * count; ++i) {
+            Begin()[i / 64] |= Lane{random() % 100 < percent ? 1U : 0U} << i % 64;
+        }
     }
-    return lanes;
-}
+
+    Lane* Begin() { return lanes_.data() + LaneGroup; }
+    bool Get(std::size_t x) { return (Begin()[x / 64] >> x % 64 & 1U) != 0; }
+    bool IsEmptyAround() const {
+        return std::all_of(lanes_.begin(), lanes_.begin() + LaneGroup, [](Lane lane) { return lane == 0; }) &&
+               std::all_of(lanes_.begin() + static_cast<std::ptrdiff_t>(LaneGroup + count_), lanes_.end(),
+                           [](Lane lane) { return lane == 0; });
+    }
+
+private:
+    std::size_t count_;
+    Lanes lanes_;
+};
 
 class LaneLoops : public testing::TestWithParam<LaneKernels> {};
 
-TEST_P(LaneLoops, FindWhatTouchesTheRowsAboveAndBelow) {
+TEST_P(LaneLoops, GrowByWholeRunsThatTouchTheRowsAboveAndBelow) {
     std::mt19937 random(54);
-    for (std::size_t const count : {1U, 2U, 3U, 4U, 5U, 7U, 8U, 9U, 17U, 30U}) {
-        for (unsigned int const percent : {0U, 1U, 10U, 60U}) {
-            Lanes const above = Noise(count, percent, random), below = Noise(count, percent, random);
-            Lanes const fillable = Noise(count, 70, random), region = Noise(count, 30, random);
-            Lanes seeds(count, 7);
-            bool const any = GetParam().findSeeds(above.data() + 1, below.data() + 1, fillable.data() + 1,
-                                                  region.data() + 1, seeds.data(), count);
-            bool expectedAny = false;
-            for (std::ptrdiff_t x = 64; x < static_cast<std::ptrdiff_t>(64 * (count + 1)); ++x) {
-                bool touched = false;
-                for (std::ptrdiff_t at = x - 1; at <= x + 1; ++at) {
-                    touched = touched || Get(above.data(), at) || Get(below.data(), at);
-                }
-                bool const expected = touched && Get(fillable.data(), x) && !Get(region.data(), x);
-                expectedAny = expectedAny || expected;
-                ASSERT_EQ(Get(seeds.data(), x - 64), expected) << count << " lanes, " << x - 64;
+    for (int round = 0; round < 40; ++round) {
+        for (std::size_t const count : Counts) {
+            unsigned int const percent = random() % 3 == 0 ? 0 : reference::Draw(random, 0, 10);
+            Row above(count, percent, random), below(count, percent / 2, random);
+            Row fillable(count, reference::Draw(random, 30, 100), random), region(count);
+            // The region holds whole runs.
+            for (std::size_t x = 0; x < 64 * count; ++x) {
+                bool const inside =
+                    fillable.Get(x) && (x > 0 && fillable.Get(x - 1) ? region.Get(x - 1) : random() % 9 == 0);
+                if (inside) region.Begin()[x / 64] |= Lane{1} << x % 64;
             }
-            EXPECT_EQ(any, expectedAny);
+            std::vector<bool> expected(64 * count);
+            std::vector<bool> changed(count);
+            std::size_t changedLanes = 0;
+            for (std::size_t x = 0; x < 64 * count;) {
+                std::size_t end = x;
+                bool filled = false;
+                for (; end < 64 * count && fillable.Get(end); ++end) {
+                    filled = filled || region.Get(end);
+                    for (std::size_t at = end - (end > 0 ? 1 : 0); at <= end + 1; ++at) {
+                        filled = filled || above.Get(at) || below.Get(at);
+                    }
+                }
+                for (; x < end; ++x) {
+                    expected[x] = filled;
+                    if (filled && !region.Get(x) && !changed[x / 64]) {
+                        changed[x / 64] = true;
+                        ++changedLanes;
+                    }
+                }
+                ++x;
+            }
+            Lanes scratch(2 * (count + LaneGroup), 0xABCDEF);
+            ASSERT_EQ(
+                GetParam().grow(above.Begin(), below.Begin(), fillable.Begin(), region.Begin(), scratch.data(), count),
+                changedLanes);
+            for (std::size_t x = 0; x < 64 * count; ++x)
+                ASSERT_EQ(region.Get(x), expected[x]) << count << " lanes, " << x;
+            ASSERT_TRUE(region.IsEmptyAround());
         }
     }
 }
 
-TEST_P(LaneLoops, FillEachLaneRightwards) {
+TEST_P(LaneLoops, TakeWordsAndGiveThemBack) {
     std::mt19937 random(55);
-    for (std::size_t const count : {1U, 3U, 4U, 5U, 8U, 9U, 30U}) {
-        for (unsigned int const percent : {30U, 90U, 98U, 100U}) {
-            Lanes const fillable = Noise(count, percent, random);
-            Lanes seeds = Noise(count, 5, random);
-            for (std::size_t i = 0; i < seeds.size(); ++i) seeds[i] &= fillable[i];
-            Lanes filled(seeds.begin() + 1, seeds.end() - 1), leading(count, 7);
-            GetParam().fillRightwards(fillable.data() + 1, filled.data(), leading.data(), count);
-            for (std::size_t i = 0; i < count; ++i) {
-                bool inside = false, first = true;
-                for (std::ptrdiff_t x = 0; x < 64; ++x) {
-                    bool const passable = Get(&fillable[i + 1], x);
-                    inside = passable && (inside || Get(&seeds[i + 1], x));
-                    first = first && passable;
-                    ASSERT_EQ(Get(&filled[i], x), inside) << count << " lanes, " << x;
-                    ASSERT_EQ(Get(&leading[i], x), first) << count << " lanes, " << x;
-                }
+    for (std::size_t const words : {1U, 2U, 3U, 15U, 16U, 17U, 24U, 31U, 32U, 33U, 60U, 120U}) {
+        std::vector<std::uint32_t> src(words), dst(words);
+        for (auto& word : src) word = static_cast<std::uint32_t>(random());
+        for (auto& word : dst) word = static_cast<std::uint32_t>(random());
+        std::size_t const pitch = ((words + 1) / 2 + LaneGroup) / LaneGroup * LaneGroup;
+        Lanes lanes(pitch, 0xABCDEF), region(pitch, 0xABCDEF);
+        GetParam().load(src.data(), dst.data(), words, lanes.data(), region.data(), pitch);
+        EXPECT_EQ(region, Lanes(pitch));
+        for (std::size_t i = (words + 1) / 2; i < pitch; ++i) EXPECT_EQ(lanes[i], 0);
+        std::vector<std::uint32_t> both(dst);
+        GetParam().store(lanes.data(), both.data(), words);
+        for (std::size_t i = 0; i < words; ++i) {
+            EXPECT_EQ(both[i], src[i] | dst[i]);
+            for (std::size_t bit = 0; bit < 32; ++bit) {
+                bool const expected = ((src[i] & ~dst[i]) >> (31 - bit) & 1U) != 0;
+                ASSERT_EQ(Get(lanes.data(), static_cast<std::ptrdiff_t>(32 * i + bit)), expected);
             }
         }
     }

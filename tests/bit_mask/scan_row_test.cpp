@@ -25,7 +25,7 @@ std::vector<Range> ScanPixels(BitMask const& src, BitMask const& dst, unsigned i
     bool open = false;
     for (unsigned int x = low; x <= high; ++x) {
         bool const fillable = reference::Get(src, x, row) && !reference::Get(dst, x, row);
-        if (fillable && !open) ranges.push_back({x, x, row, direction ? 1U : 0U, x == low ? 1U : 0U, 0});
+        if (fillable && !open) ranges.push_back({x, x, row, direction, x == low, false});
         if (fillable) ranges.back().end = x;
         open = fillable;
     }
@@ -39,10 +39,12 @@ TEST(ScanRow, PushesRunsFromLeftToRightAColumnWiderOnEitherSide) {
     BitMask const dst({70, 2});
     std::stack<Range> stack;
     ScanRow(src.GetData().data(), dst.GetData().data(), 70, 3, stack, 4, 33, 1, true);
-    EXPECT_EQ(Take(stack), (std::vector<Range>{{3, 7, 1, 1, 1, 0}, {24, 27, 1, 1, 0, 0}, {30, 33, 1, 1, 0, 0}}));
+    EXPECT_EQ(Take(stack),
+              (std::vector<Range>{
+                  {3, 7, 1, true, true, false}, {24, 27, 1, true, false, false}, {30, 33, 1, true, false, false}}));
     stack = {};
     ScanRow(src.GetData().data(), dst.GetData().data(), 70, 3, stack, 64, 69, 1, false);
-    EXPECT_EQ(Take(stack), (std::vector<Range>{{63, 69, 1, 0, 1, 1}}));
+    EXPECT_EQ(Take(stack), (std::vector<Range>{{63, 69, 1, false, true, true}}));
 }
 
 TEST(ScanRow, PushesNothingOfAnEmptySpan) {
