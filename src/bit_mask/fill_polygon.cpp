@@ -23,28 +23,6 @@ int Multiply(int a, int b) { return static_cast<int>(static_cast<unsigned int>(a
 /// The centre of the nearest pixel row, halves upwards.
 int RoundToRow(int y) { return Add(y, 8) & ~15; }
 
-struct Span {
-    int left;
-    int right;
-};
-
-struct Trapezoid {
-    int start, end;    ///< y of the bottom and the top: the least and the greatest
-    Span bottom, top;  ///< least and greatest x there
-};
-
-/// The span of the points with the given y; there is one at least.
-Span GetSpan(geometry::Polygon<int> const& polygon, std::size_t count, int y) {
-    Span span{0, -1};
-    for (std::size_t i = 0; i < count; ++i) {
-        if (polygon[i].y != y) continue;
-        bool const first = span.right < span.left;
-        span.left = first ? polygon[i].x : std::min(span.left, polygon[i].x);
-        span.right = first ? polygon[i].x : std::max(span.right, polygon[i].x);
-    }
-    return span;
-}
-
 /// The point between a and b, weighed by their distances to it, truncated toward zero.
 int Between(int a, int weightA, int b, int weightB, int distance) {
     return Add(Multiply(a, weightA), Multiply(b, weightB)) / distance;
@@ -104,15 +82,8 @@ void FillPolygonSet(BitMask& mask, boost::span<geometry::Polygon<int> const> pol
     // No more rows than the store holds, nor than their positions in sixteenths can be told apart.
     std::size_t const rows = std::min<std::size_t>(mask.GetSize().height, mask.GetData().size() / mask.GetStride());
     int const height = static_cast<int>(std::min<std::size_t>(rows, 1U << 26));
-    for (geometry::Polygon<int> const& polygon : GetTrapezoids(polygons)) {
-        // The last point repeats the first.
-        std::size_t const count = polygon.empty() ? 0 : polygon.size() - 1;
-        if (count < 3) continue;
-        auto const [lowest, highest] =
-            std::minmax_element(polygon.begin(), polygon.begin() + static_cast<std::ptrdiff_t>(count),
-                                [](auto const& a, auto const& b) { return a.y < b.y; });
-        Trapezoid t{lowest->y, highest->y, GetSpan(polygon, count, lowest->y), GetSpan(polygon, count, highest->y)};
-        if (Clip(t, height)) Draw(mask, t, value);
+    for (Trapezoid& trapezoid : GetTrapezoids(polygons)) {
+        if (Clip(trapezoid, height)) Draw(mask, trapezoid, value);
     }
 }
 

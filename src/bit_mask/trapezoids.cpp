@@ -1,5 +1,5 @@
 // The region of a polygon set, by Boost.Polygon: an exclusive or of one polygon after the other, cut by level lines.
-// Polygons whose bounding boxes keep a distance cannot meet and are combined and cut by themselves; a convex one that
+// Polygons whose bounding boxes keep a distance cannot meet and are combined and cut by themselves; a simple one that
 // stands alone needs no combining.
 #include "bit_mask/trapezoids.hpp"
 
@@ -10,7 +10,7 @@
 
 #include <boost/polygon/polygon.hpp>
 
-#include "bit_mask/convex_trapezoids.hpp"
+#include "bit_mask/simple_trapezoids.hpp"
 
 namespace boost::polygon {
 
@@ -149,19 +149,47 @@ Region Combine(boost::span<Polygon<int> const> polygons, boost::span<std::size_t
     return region;
 }
 
+/// The span of the first count points at a height; there is one at least.
+Span GetSpan(Polygon<int> const& polygon, std::size_t count, int y) {
+    Span span{0, -1};
+    for (std::size_t i = 0; i < count; ++i) {
+        if (polygon[i].y != y) continue;
+        bool const first = span.right < span.left;
+        span.left = first ? polygon[i].x : std::min(span.left, polygon[i].x);
+        span.right = first ? polygon[i].x : std::max(span.right, polygon[i].x);
+    }
+    return span;
+}
+
+void AppendTrapezoids(Region const& region, std::vector<Trapezoid>& trapezoids) {
+    std::vector<Polygon<int>> polygons;
+    region.get_trapezoids(polygons, boost::polygon::HORIZONTAL);
+    for (Polygon<int> const& polygon : polygons) {
+        // The last point repeats the first.
+        std::size_t const count = polygon.empty() ? 0 : polygon.size() - 1;
+        if (count < 3) continue;
+        auto const [lowest, highest] =
+            std::minmax_element(polygon.begin(), polygon.begin() + static_cast<std::ptrdiff_t>(count),
+                                [](auto const& a, auto const& b) { return a.y < b.y; });
+        trapezoids.push_back(
+            {lowest->y, highest->y, GetSpan(polygon, count, lowest->y), GetSpan(polygon, count, highest->y)});
+    }
+}
+
 }  // namespace
 
-std::vector<Polygon<int>> GetTrapezoids(boost::span<Polygon<int> const> polygons) {
+std::vector<Trapezoid> GetTrapezoids(boost::span<Polygon<int> const> polygons) {
     // Combining costs as much as everything combined so far: polygons that stand apart are left apart.
     std::vector<std::size_t> const groups = GetGroups(polygons);
     std::vector<std::size_t> order(polygons.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return groups[a] < groups[b]; });
-    std::vector<Polygon<int>> trapezoids;
+    std::vector<Trapezoid> trapezoids;
+    SimpleTrapezoids simple;
     for (std::size_t first = 0, end = 0; first < order.size(); first = end) {
         while (end < order.size() && groups[order[end]] == groups[order[first]]) ++end;
-        if (end - first == 1 && AppendConvexTrapezoids(polygons[order[first]], trapezoids)) continue;
-        Combine(polygons, {order.data() + first, end - first}).get_trapezoids(trapezoids, boost::polygon::HORIZONTAL);
+        if (end - first == 1 && simple.Append(polygons[order[first]], trapezoids)) continue;
+        AppendTrapezoids(Combine(polygons, {order.data() + first, end - first}), trapezoids);
     }
     return trapezoids;
 }

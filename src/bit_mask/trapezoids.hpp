@@ -8,8 +8,23 @@
 
 namespace qel::algorithm::bit_mask {
 
-/// Cuts the area that an odd number of the polygons cover into trapezoids with level tops and bottoms (or triangles).
-/// Each is closed: its first point is repeated at its end.
-std::vector<geometry::Polygon<int>> GetTrapezoids(boost::span<geometry::Polygon<int> const> polygons);
+/// The least and the greatest column of a level line.
+struct Span {
+    int left;
+    int right;
+
+    friend bool operator==(Span const&, Span const&) = default;
+};
+
+/// An area between two level lines and two straight sides; one of the lines may be a point.
+struct Trapezoid {
+    int start, end;    ///< y of the bottom and the top: the least and the greatest
+    Span bottom, top;  ///< the columns there
+
+    friend bool operator==(Trapezoid const&, Trapezoid const&) = default;
+};
+
+/// Cuts the area that an odd number of the polygons cover into trapezoids, in any order.
+std::vector<Trapezoid> GetTrapezoids(boost::span<geometry::Polygon<int> const> polygons);
 
 }  // namespace qel::algorithm::bit_mask

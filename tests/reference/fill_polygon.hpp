@@ -28,6 +28,11 @@ inline std::vector<boost::polygon::polygon_data<int>> Trapezoids(std::vector<geo
     return trapezoids;
 }
 
+/// Whether a trapezoid is a line only: fewer than three points, but for the one that closes it.
+inline bool IsSpike(std::vector<boost::polygon::point_data<int>> const& points) {
+    return points.size() < (points.front() == points.back() ? 4U : 3U);
+}
+
 /// The mask after FillPolygonSet: each row of each trapezoid worked out for itself, in 64 bits, pixel by pixel.
 inline algorithm::BitMask FillPolygonSet(algorithm::BitMask mask, std::vector<geometry::Polygon<int>> const& polygons,
                                          unsigned int value) {
@@ -35,6 +40,7 @@ inline algorithm::BitMask FillPolygonSet(algorithm::BitMask mask, std::vector<ge
     Number const width = mask.GetSize().width, height = mask.GetSize().height;
     for (auto const& trapezoid : Trapezoids(polygons)) {
         std::vector<boost::polygon::point_data<int>> const points(trapezoid.begin(), trapezoid.end());
+        if (IsSpike(points)) continue;
         std::vector<Number> ys;
         for (auto const& p : points) ys.push_back(p.y());
         auto const [least, most] = std::minmax_element(ys.begin(), ys.end());
