@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     using namespace qel;
     fuzz::Input input(data, size);
-    algorithm::BitMask::Size const extent{input.Number(1, 260), input.Number(1, 48)};
+    algorithm::BitMask::Size const extent{input.Number(1, 600), input.Number(1, 48)};
     bool const fresh = input.Byte() % 2 == 0;
     unsigned int const seeds = input.Byte() % 4 + 1U;
     geometry::Point<unsigned int, 2> points[4];
