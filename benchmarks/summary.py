@@ -67,14 +67,14 @@ def bit_mask_rows():
                         4, 10))
         rows.append(Row("flood fill", f"{masks}, against OpenCV", groups, OPENCV, "faster", 15, 50))
     rows.append(Row("flood fill", "spiral, against OpenCV", "FloodFill8Way/.*/spiral", OPENCV, "faster", 2.5, 4))
-    one = "FillPolygonSet/.*/(octagon|star-.*)"
+    one = "FillPolygonSet/.*/(octagon|convex-.*|star-.*)"
     rows.append(Row("polygon set", "one polygon, against OpenCV", one, OPENCV, "faster", 1.4, 2))
     rows.append(Row("polygon set", "one polygon, against plain Boost", one, "boost", "faster", 2, 5))
     for count, boost in ((50, 60), (200, 300)):
         groups = f"FillPolygonSet/.*/octagons-{count}"
         rows.append(Row("polygon set", f"{count} octagons, against plain Boost", groups, "boost", "faster", boost, None))
         rows.append(Row("polygon set", f"{count} octagons, against OpenCV", groups, OPENCV, "faster", 1.4, None))
-    rows.append(Row("threshold into a mask", "any, against the best scalar loop", "Threshold/.*", "scalar", "faster", 4,
+    rows.append(Row("threshold into a mask", "any, against the best scalar loop", "Threshold/.*", "scalar.*", "faster", 4,
                     None))
     return rows
 
