@@ -68,6 +68,8 @@ std::string const& Model::GetMetadataText() const noexcept { return impl_->metad
 
 std::vector<std::string> const& Model::GetLabels() const noexcept { return impl_->labels; }
 
+std::vector<std::size_t> const& Model::GetInputShape() const noexcept { return impl_->inputShape; }
+
 std::vector<Tensor> Model::Run(Tensor const& batch) const {
     CheckBatch(batch);
     CheckShape(batch.shape, impl_->inputShape);

@@ -70,6 +70,7 @@ TEST_F(Disk, LoadsWhatIsThereAtTheStart) {
     EXPECT_EQ(model->GetMetadata().GetVersion(), "2.5");
     EXPECT_EQ(model->GetMetadataText(), R"({"max_batch_size": 3, "version": "2.5", "means": [1]})");
     EXPECT_THAT(model->GetLabels(), ElementsAre("red", "blue"));
+    EXPECT_THAT(model->GetInputShape(), ElementsAre(0, 3, 8, 8));
     EXPECT_EQ(manager->GetModel("b"), nullptr);
 }
 

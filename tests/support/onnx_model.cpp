@@ -66,12 +66,6 @@ Message IntegerAttribute(std::string_view name, std::uint64_t value) {
     return Message().Text(1, name).Integer(3, value).Integer(20, integerKind);
 }
 
-std::vector<float> Identity(std::size_t size) {
-    std::vector<float> values(size * size, 0);
-    for (std::size_t i = 0; i < size; ++i) values[i * size + i] = 1;
-    return values;
-}
-
 }  // namespace
 
 std::string MakeOnnx(MeanClassifier const& network) {
@@ -79,13 +73,7 @@ std::string MakeOnnx(MeanClassifier const& network) {
     std::vector<float> weights;
     for (auto const& row : network.weights) weights.insert(weights.end(), row.begin(), row.end());
     Message graph;
-    std::string last = "pixels";
-    for (unsigned int i = 0; i < network.identityLayers; ++i) {
-        std::string const next = "identity" + std::to_string(i);
-        graph.Sub(1, Node("Conv", {last, "unit"}, next));
-        last = next;
-    }
-    graph.Sub(1, Node("GlobalAveragePool", {last}, "means"));
+    graph.Sub(1, Node("GlobalAveragePool", {"pixels"}, "means"));
     graph.Sub(1, Node("Flatten", {"means"}, "row").Sub(5, IntegerAttribute("axis", network.flattenAxis)));
     graph.Sub(1, Node("Gemm", {"row", "weights", "biases"}, network.softmax ? "sums" : "scores")
                      .Sub(5, IntegerAttribute("transB", 1)));
@@ -93,9 +81,6 @@ std::string MakeOnnx(MeanClassifier const& network) {
     graph.Text(2, "means");
     graph.Sub(5, Weights("weights", {classes, network.channels}, weights));
     graph.Sub(5, Weights("biases", {classes}, std::vector<float>(classes, 0)));
-    if (network.identityLayers > 0) {
-        graph.Sub(5, Weights("unit", {network.channels, network.channels, 1, 1}, Identity(network.channels)));
-    }
     graph.Sub(11, Value("pixels", {network.channels, network.height, network.width}, network.inputElementType));
     if (network.weightsAreInputs) graph.Sub(11, Value("weights", {network.channels})).Sub(11, Value("biases", {}));
     for (unsigned int i = 0; i < network.extraInputs; ++i) graph.Sub(11, Value("more" + std::to_string(i), {1}));

@@ -16,9 +16,8 @@ struct MeanClassifier {
     std::vector<std::vector<float>> weights{{1, 0, 0}, {0, 0, 1}};
     /// Whether the scores go through a softmax, which makes them shares of 1.
     bool softmax = true;
-    /// Convolutions of channels to channels, as many values as given, that hand on what they get: they cost time.
-    unsigned int identityLayers = 0;
-    /// What makes the file unusual: weights among the inputs, further inputs, another type of the input's elements.
+    /// What makes the file unusual: weights among the inputs, an axis that the means do not have, further inputs,
+    /// another type of the input's elements.
     bool weightsAreInputs = false;
     unsigned int flattenAxis = 1;
     unsigned int extraInputs = 0;

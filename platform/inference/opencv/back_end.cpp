@@ -16,6 +16,7 @@ namespace {
 [[noreturn]] void Rethrow(cv::Exception const& error) {
     std::string reason = error.err.empty() ? error.what() : error.err;
     std::replace(reason.begin(), reason.end(), '\n', ' ');
+    reason.erase(reason.find_last_not_of(" >") + 1);
     throw std::runtime_error("OpenCV refuses it: " + reason);
 }
 

@@ -1,6 +1,5 @@
 // The plug-in as a host meets it: loaded, registered, configured, bound.
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -8,34 +7,19 @@
 #include <gtest/gtest.h>
 
 #include "moving_box.hpp"
+#include "plugins/plugin_test_base.hpp"
 #include "qel/algorithm/video/passthrough/algorithm.hpp"
-#include "qel/algorithm/video/plugin/loader.hpp"
-#include "qel/algorithm/video/registry/get.hpp"
-#include "qel/configuration/node/map.hpp"
 #include "qel/configuration/node/primitive.hpp"
-#include "qel/inference/backend/manager.hpp"
 
 namespace qel::motion {
 namespace {
 
 namespace video = algorithm::video;
-using configuration::node::Map;
-
-constexpr hash::MurmurThree32 Id("qel.algorithm.video.Motion");
 
 /// A configured, bound instance.
-class MotionPlugin : public testing::Test {
+class MotionPlugin : public test::PluginTest<video::passthrough::Algorithm> {
 protected:
-    MotionPlugin() {
-        static video::plugin::Loader const loader;
-        {
-            auto const registry = video::registry::Get().GetMap();
-            video::registry::Info const& info = registry->at(Id);
-            info.CreateConfigNodes(manager_, map_);
-            algorithm_ = std::dynamic_pointer_cast<video::passthrough::Algorithm>(info.GetMake()(manager_));
-        }
-        bindings_ = algorithm_->BindToConfiguration(*map_);
-    }
+    MotionPlugin() : PluginTest("qel.algorithm.video.Motion") { bindings_ = algorithm_->BindToConfiguration(*map_); }
 
     std::size_t Count(media::video::FrameBase<void const> const& frame) {
         video::Result result;
@@ -43,21 +27,14 @@ protected:
         return result.objects.size();
     }
 
-    inference::backend::Manager manager_;
-    std::shared_ptr<Map> map_ = Map::Make("motion");
-    std::shared_ptr<video::passthrough::Algorithm> algorithm_;
     std::vector<type::Binding> bindings_;
     MovingBox film_;
 };
 
 TEST_F(MotionPlugin, RegistersItsAlgorithmAndMakesANodeForEachProperty) {
     ASSERT_NE(algorithm_, nullptr);
-    EXPECT_EQ(algorithm_->GetTypeNameId(), Id);
-    std::vector<std::string> names;
-    for (auto const& node : map_->GetChildren()) {
-        names.push_back(node->GetName());
-        EXPECT_NE(node->GetDescription(), "") << node->GetName();
-    }
+    EXPECT_EQ(algorithm_->GetTypeNameId(), hash::MurmurThree32("qel.algorithm.video.Motion"));
+    std::vector<std::string> const names = GetPropertyNames();
     EXPECT_EQ(names, (std::vector<std::string>{"threshold", "noise", "colour_weight", "shadow_depth", "shadow_colour",
                                                "learning_frames", "absorb_frames", "global_change", "opening",
                                                "closing", "minimum_area"}));

@@ -1,41 +1,27 @@
 // The plug-in as a host meets it: loaded, registered, configured, bound.
 
 #include <algorithm>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "plugins/plugin_test_base.hpp"
 #include "qel/algorithm/video/inplace/algorithm.hpp"
-#include "qel/algorithm/video/plugin/loader.hpp"
 #include "qel/algorithm/video/properties.hpp"
-#include "qel/algorithm/video/registry/get.hpp"
-#include "qel/configuration/node/map.hpp"
 #include "qel/configuration/node/primitive.hpp"
-#include "qel/inference/backend/manager.hpp"
 #include "support/message_of.hpp"
 
 namespace qel::privacy_mask {
 namespace {
 
 namespace video = algorithm::video;
-using configuration::node::Map;
-
-constexpr hash::MurmurThree32 Id("qel.algorithm.video.PrivacyMask");
 
 /// A configured instance.
-class PrivacyMaskPlugin : public testing::Test {
+class PrivacyMaskPlugin : public test::PluginTest<video::inplace::Algorithm> {
 protected:
-    PrivacyMaskPlugin() {
-        static video::plugin::Loader const loader;
-        auto const registry = video::registry::Get().GetMap();
-        video::registry::Info const& info = registry->at(Id);
-        info.CreateConfigNodes(manager_, map_);
-        algorithm_ = std::dynamic_pointer_cast<video::inplace::Algorithm>(info.GetMake()(manager_));
-        schemas_ = std::vector<property::Schema>(info.GetProperties().begin(), info.GetProperties().end());
-    }
+    PrivacyMaskPlugin() : PluginTest("qel.algorithm.video.PrivacyMask") {}
 
     /// The columns of row 0 of a white frame, 32 pixels wide, that are black afterwards.
     std::string Hidden() {
@@ -48,11 +34,6 @@ protected:
         for (int x = 0; x < 12; ++x) row += pixels[x] == 0 ? '#' : '.';
         return row;
     }
-
-    inference::backend::Manager manager_;
-    std::shared_ptr<Map> map_ = Map::Make("privacy_mask");
-    std::shared_ptr<video::inplace::Algorithm> algorithm_;
-    std::vector<property::Schema> schemas_;
 };
 
 constexpr char BadZones[] = "0,0 3,0 3,3 0,x";
@@ -60,12 +41,8 @@ constexpr char BadZonesMessage[] = "Cannot use the zones: zone 1, corner 4, char
 
 TEST_F(PrivacyMaskPlugin, RegistersItsAlgorithmAndMakesANodeForEachProperty) {
     ASSERT_NE(algorithm_, nullptr);
-    EXPECT_EQ(algorithm_->GetTypeNameId(), Id);
-    std::vector<std::string> names;
-    for (auto const& node : map_->GetChildren()) {
-        names.push_back(node->GetName());
-        EXPECT_NE(node->GetDescription(), "") << node->GetName();
-    }
+    EXPECT_EQ(algorithm_->GetTypeNameId(), hash::MurmurThree32("qel.algorithm.video.PrivacyMask"));
+    std::vector<std::string> const names = GetPropertyNames();
     EXPECT_EQ(names, (std::vector<std::string>{"zones", "mode", "block_size", "mask_motion", "motion_margin"}));
     auto const bindings = algorithm_->BindToConfiguration(*map_);
     EXPECT_EQ(bindings.size(), names.size());

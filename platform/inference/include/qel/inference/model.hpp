@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,9 @@ public:
     std::string const& GetMetadataText() const noexcept;
     /// The lines of "labels.txt" beside the model; none where there is no such file.
     std::vector<std::string> const& GetLabels() const noexcept;
+
+    /// The size of each axis of what the network takes, 0 where it is left open; the first axis counts the samples.
+    std::vector<std::size_t> const& GetInputShape() const noexcept;
 
     /// Runs the network on a batch: the first axis of the tensor counts the samples. Gives the network's outputs, the
     /// first axis of each counting the samples as well. More samples than the metadata's batch size run in several

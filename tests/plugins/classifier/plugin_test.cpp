@@ -1,0 +1,70 @@
+// The plug-in as a host meets it: loaded, registered, configured, bound.
+
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "plugins/plugin_test_base.hpp"
+#include "qel/algorithm/video/passthrough/algorithm.hpp"
+#include "qel/configuration/node/primitive.hpp"
+#include "support/model_folder.hpp"
+#include "test_frame.hpp"
+
+namespace qel::classifier {
+namespace {
+
+namespace video = algorithm::video;
+
+/// A model root with the model "classifier", before anything else is made.
+struct WithModel {
+    WithModel() {
+        folder.Write("classifier", "labels.txt", "red\nblue\n");
+        folder.Write("classifier", {.weights = {{9, 0, 0}, {0, 0, 9}}}, R"({"max_batch_size": 1, "version": "3.1"})");
+    }
+    test::ModelFolder folder;
+};
+
+class ClassifierPlugin : WithModel, public test::PluginTest<video::passthrough::Algorithm> {
+protected:
+    ClassifierPlugin()
+        : PluginTest("qel.algorithm.video.Classifier", std::make_unique<Manager>(folder.GetRoot().string())) {}
+
+    std::string LabelOfRed() {
+        EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+        TestFrame frame(ColourFormat::Rgb24, 20, 20);
+        frame.Paint(0, 0, 20, 20, Red);
+        video::Result result;
+        result.objects.push_back({{0, 0, 20, 20}, 400, "motion", 0});
+        algorithm_->Process(frame.Get(), result);
+        return result.objects[0].label;
+    }
+};
+
+TEST_F(ClassifierPlugin, RegistersItsAlgorithmAndMakesANodeForEachProperty) {
+    ASSERT_NE(algorithm_, nullptr);
+    EXPECT_EQ(algorithm_->GetTypeNameId(), hash::MurmurThree32("qel.algorithm.video.Classifier"));
+    EXPECT_THAT(GetPropertyNames(), testing::ElementsAre("model", "minimum_confidence", "margin"));
+    auto const bindings = algorithm_->BindToConfiguration(*map_);
+    EXPECT_EQ(bindings.size(), 3U);
+    for (type::Binding const& binding : bindings) EXPECT_TRUE(binding);
+}
+
+TEST_F(ClassifierPlugin, FollowsItsNodesFromTheNextFrameOn) {
+    auto const bindings = algorithm_->BindToConfiguration(*map_);
+    EXPECT_EQ(LabelOfRed(), "red");
+    map_->Set("minimum_confidence", 1.0);
+    EXPECT_EQ(LabelOfRed(), "motion");
+    map_->Set("minimum_confidence", 0.1);
+    EXPECT_EQ(LabelOfRed(), "red");
+    map_->Set("model", std::string("none"));
+    EXPECT_EQ(LabelOfRed(), "motion");
+}
+
+TEST_F(ClassifierPlugin, RefusesValuesOutOfRange) {
+    EXPECT_THROW(map_->Set("minimum_confidence", 1.01), std::out_of_range);
+    EXPECT_THROW(map_->Set("margin", -0.01), std::out_of_range);
+}
+
+}  // namespace
+}  // namespace qel::classifier
