@@ -96,7 +96,7 @@ void ModelFollower::Run() {
         try {
             Step();
         } catch (std::exception const& error) {
-            // No memory, most likely. What is due stays due.
+            // No memory, most likely. What was being looked at is looked at again.
             log.Log(logging::Level::Error, "Following the models in %0% stumbled: %1%", root_, error.what());
             std::this_thread::sleep_for(SettlingTime);
         }
@@ -111,7 +111,15 @@ void ModelFollower::Step() {
     }
     // Whatever happened on the disk before the question was asked can be read now.
     ReadChanges();
-    if (auto const name = TakeNext()) return LookAt(*name);
+    if (auto const name = TakeNext()) {
+        try {
+            return LookAt(*name);
+        } catch (...) {
+            if (auto const known = known_.find(*name); known != known_.end()) known->second = {};
+            MarkDue(*name, LongestSettlingTime);
+            throw;
+        }
+    }
     if (due_.empty()) {
         std::lock_guard<std::mutex> const lock(mutex_);
         settled_ = question;

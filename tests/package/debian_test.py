@@ -165,7 +165,7 @@ class Life(InstallationTest):
             self.assertEqual(self.root.state(name), f"{later} install ok installed")
         self.assertEqual(installed - self.root.files(), {"usr/include/qel/hash/murmur_three_32.hpp"})
         self.assertEqual(len(json.loads(self.root.run(self.root.folder / "usr/bin/qel", "algorithms", "--json"))
-                             ["algorithms"]), 2)
+                             ["algorithms"]), 3)
 
         self.assertIn(LIBRARY_PACKAGE, self.root.dpkg("--remove", LIBRARY_PACKAGE, expect=1))
         self.root.dpkg("--purge", *NAMES)

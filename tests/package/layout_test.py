@@ -40,7 +40,8 @@ class Loader(InstallationTest):
         return [algorithm["file"] for algorithm in listed["algorithms"]]
 
     def expected(self, prefix):
-        return [str(prefix / LIBRARY_FOLDER / f"libqel_algorithm_{name}.so") for name in ("classifier", "motion", "privacy_mask")]
+        names = ("classifier", "motion", "privacy_mask")
+        return [str(prefix / LIBRARY_FOLDER / f"libqel_algorithm_{name}.so") for name in names]
 
     def test_finds_the_plugins_where_they_were_installed(self):
         self.assertEqual(self.plugins(PREFIX / "bin/qel"), self.expected(PREFIX.resolve()))

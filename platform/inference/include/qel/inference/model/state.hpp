@@ -15,8 +15,8 @@ namespace qel::inference::model {
 ///                                         |                     |
 ///                                         +---------------------+-----------> (Failed, Ended)
 ///
-/// A model whose files change starts again at (Loading, Building), while the former one still serves; one whose files go
-/// is (Unloaded, NotStarted). Any pair is a value, other pairs too.
+/// A model whose files change starts again at (Loading, Building), while the former one still serves; one whose files
+/// go is (Unloaded, NotStarted). Any pair is a value, other pairs too.
 class State {
 public:
     /// (Unloaded, NotStarted).
