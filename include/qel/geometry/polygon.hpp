@@ -8,7 +8,7 @@
 
 namespace qel::geometry {
 
-/// A closed polygon: an ordered list of corners, the last one joined to the first.
+/// A closed polygon: an ordered list of corners, the last one joined to the first. One thread at a time.
 template <class T>
 class Polygon {
 public:

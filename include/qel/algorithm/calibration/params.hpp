@@ -19,7 +19,7 @@ using Length = boost::units::quantity<boost::units::si::length, float>;
 ///
 /// Tilt is the angle below the horizon (0 looks level, 90 straight down); a positive roll turns the picture's content
 /// counter-clockwise; the field of view is the full vertical angle. Any value is stored as given.
-/// A moved-from object may only be destroyed or assigned to.
+/// A moved-from object may only be destroyed or assigned to. A value: one thread at a time.
 class QEL_ALGORITHM_EXPORT Params {
 public:
     /// Not enabled, every number 0.

@@ -4,7 +4,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that tells what objects look like or carry.
+/// Describes an algorithm that tells what objects look like or carry. Any thread.
 class QEL_ALGORITHM_EXPORT AttributeClassifier : public ClassificationAlgorithm {
 public:
     using ClassificationAlgorithm::ClassificationAlgorithm;

@@ -22,7 +22,7 @@ inline constexpr char ColoursNode[] = "colours";           ///< the colours that
 /// Describes an analytic algorithm as it is published in the configuration tree: what it is, the version of its model
 /// and where that model stands. The kinds derive from it and add what they can tell.
 ///
-/// Never changes once made: version and state that change later are written to the tree (see InfoBuilder).
+/// Never changes once made, so any thread may read it: later versions and states go to the tree (see InfoBuilder).
 class QEL_ALGORITHM_EXPORT Base {
 public:
     /// For an algorithm whose version and state are known. root: the map below which the algorithm is published; it

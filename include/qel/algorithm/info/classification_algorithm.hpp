@@ -9,7 +9,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that gives things one of a set of labels, which it publishes as the vector "classes".
+/// Describes an algorithm that gives things one of a set of labels, published as the vector "classes". Any thread.
 class QEL_ALGORITHM_EXPORT ClassificationAlgorithm : public Base {
 public:
     ClassificationAlgorithm(configuration::Node& root, std::string_view name, std::string_view friendlyName,

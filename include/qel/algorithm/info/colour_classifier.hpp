@@ -10,7 +10,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that names the colours of things; the names and what they stand for are the map "colours".
+/// Describes an algorithm that names colours; the names and what they stand for are the map "colours". Any thread.
 class QEL_ALGORITHM_EXPORT ColourClassifier : public Base {
 public:
     using Colours = std::map<std::string, media::colour::Rgb>;

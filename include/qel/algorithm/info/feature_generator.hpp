@@ -4,7 +4,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that turns images into features for others to compare.
+/// Describes an algorithm that turns images into features for others to compare. Any thread.
 class QEL_ALGORITHM_EXPORT FeatureGenerator : public Base {
 public:
     using Base::Base;

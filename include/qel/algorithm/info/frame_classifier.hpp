@@ -4,7 +4,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that tells what a whole frame shows.
+/// Describes an algorithm that tells what a whole frame shows. Any thread.
 class QEL_ALGORITHM_EXPORT FrameClassifier : public Base {
 public:
     using Base::Base;

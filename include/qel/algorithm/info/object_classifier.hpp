@@ -4,7 +4,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that tells what objects are.
+/// Describes an algorithm that tells what objects are. Any thread.
 class QEL_ALGORITHM_EXPORT ObjectClassifier : public ClassificationAlgorithm {
 public:
     using ClassificationAlgorithm::ClassificationAlgorithm;

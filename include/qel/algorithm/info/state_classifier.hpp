@@ -4,7 +4,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that tells the state of things, such as open or closed.
+/// Describes an algorithm that tells the state of things, such as open or closed. Any thread.
 class QEL_ALGORITHM_EXPORT StateClassifier : public Base {
 public:
     using Base::Base;

@@ -4,7 +4,7 @@
 
 namespace qel::algorithm::info {
 
-/// Describes an algorithm that follows objects from frame to frame; its labels are what it can follow.
+/// Describes an algorithm that follows objects from frame to frame; its labels are what it can follow. Any thread.
 class QEL_ALGORITHM_EXPORT Tracker : public ClassificationAlgorithm {
 public:
     using ClassificationAlgorithm::ClassificationAlgorithm;

@@ -17,7 +17,7 @@ namespace qel::algorithm::video {
 /// The schemas of a registered algorithm: `std::vector<property::Schema>(list.begin(), list.end())` of the list that
 /// its registry entry gives. Shares the algorithm, which their untyped pointers point to as a video::Algorithm; the
 /// properties go before it is released. Movable; a moved-from object throws std::logic_error "Pimpl is null" where
-/// nothing else is said.
+/// nothing else is said. One thread at a time; each property serves any thread.
 class QEL_ALGORITHM_EXPORT Properties {
 public:
     /// Throws what property::Properties throws; algorithm may be null.

@@ -16,7 +16,7 @@ class Algorithm;
 
 namespace registry {
 
-/// What the registry holds of one video algorithm: how to make it, what can be configured and where that is kept.
+/// What the registry holds of a video algorithm: how to make it, what to configure and where that is kept. Any thread.
 class QEL_ALGORITHM_EXPORT Info {
 public:
     using Make = std::function<std::shared_ptr<Algorithm>(inference::backend::Manager&)>;

@@ -10,7 +10,7 @@ namespace qel::media::video::frame {
 
 /// One plane of a frame: a view of pixel rows that somebody else owns.
 ///
-/// T is void for pixels that may be written, void const for pixels that may only be read. A value of three fields.
+/// T is void for pixels that may be written, void const for those only read. Three fields; one thread at a time.
 template <class T>
 class PlaneBase {
 public:

@@ -19,7 +19,7 @@ class Node;
 ///
 /// path: the node's name, or a dotted path to it. A path that ends in "[*]", such as "classes[*]", describes the
 /// elements of a vector and brings the empty vector into being. The constructors throw std::invalid_argument for a path
-/// with an empty name, and what making the node would throw: std::out_of_range for a default that is not allowed.
+/// with an empty name, and what making the node would: std::out_of_range for a refused default. Any thread may read.
 class QEL_CONFIGURATION_EXPORT Schema {
 public:
     /// A node without a default: a map, or elements of which each has the type of the value it is made from.

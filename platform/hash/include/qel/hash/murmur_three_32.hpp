@@ -14,7 +14,7 @@ namespace qel::hash {
 /// The 32-bit MurmurHash3 (variant x86_32) of a text, used as the identifier of a dotted type name.
 ///
 /// The hash is over the characters, without a closing NUL, from seed 0 unless another is given; it is the same on
-/// every machine. Computable at compile time. Algorithm: Austin Appleby, MurmurHash3, public domain.
+/// every machine; any thread. Computable at compile time. Algorithm: Austin Appleby, MurmurHash3, public domain.
 class MurmurThree32 {
 public:
     /// The identifier 0, which is also the hash of the empty text.

@@ -6,7 +6,7 @@
 
 namespace qel::inference {
 
-/// A network could not be loaded, or could not be run on what was given; what() names the model and its file.
+/// A network could not be loaded or run on what was given; what() names the model and its file. Any thread.
 class QEL_INFERENCE_EXPORT InferenceError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -13,7 +13,7 @@ class JSONInputArchive;
 
 namespace qel::inference {
 
-/// What the file "metadata.json" beside a model says of it.
+/// What the file "metadata.json" beside a model says of it. One thread at a time.
 class QEL_INFERENCE_EXPORT Metadata {
 public:
     /// Nothing is known: zeros and an empty version.

@@ -5,7 +5,7 @@
 
 namespace qel::logging {
 
-/// A value of any type to be written into a line: a reference to it, and how to write it.
+/// A value of any type to be written into a line: a reference to it, and how to write it. One thread at a time.
 class Argument {
 public:
     template <class T>

@@ -6,7 +6,7 @@
 namespace qel::logging {
 
 /// The dotted name of a logger, such as "qel.algorithm.InfoBuilder"; thresholds are set for it or for what it begins
-/// with.
+/// with. Constant: any thread.
 class Name {
 public:
     explicit Name(std::string_view text) : text_(text) {}

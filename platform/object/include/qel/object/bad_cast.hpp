@@ -9,7 +9,7 @@
 
 namespace qel::object {
 
-/// A run-time typed object is not of the type that was asked for.
+/// A run-time typed object is not of the type that was asked for. Any thread may read and copy it.
 class QEL_OBJECT_EXPORT BadCast : public std::bad_cast {
 public:
     /// Names the type the object has and the one that was asked for:

@@ -11,7 +11,7 @@ namespace qel::object {
 
 /// The base of everything whose type is asked for at run time: values (Primitive) and configuration nodes.
 ///
-/// An object knows the dotted name of its type and the name's hash, which identifies the type.
+/// An object knows the dotted name of its type and the name's hash, its identifier: fixed, so any thread may ask.
 class QEL_OBJECT_EXPORT Object {
 public:
     virtual ~Object();

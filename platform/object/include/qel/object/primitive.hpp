@@ -12,7 +12,7 @@ namespace qel::object {
 
 /// A value of type T as a run-time typed object.
 ///
-/// Base: the class that it extends, Object or one derived from it. A value like any other: no locking.
+/// Base: the class that it extends, Object or one derived from it. A value like any other: one thread at a time.
 template <PrimitiveValue T, class Base = Object>
 class QEL_OBJECT_EXPORT Primitive : public Base {
 public:

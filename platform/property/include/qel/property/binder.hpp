@@ -9,7 +9,7 @@
 
 namespace qel::property {
 
-/// Ties properties to the configuration nodes of their names below a map; needed only while properties are made.
+/// Ties properties to configuration nodes of their names below a map, needed only while they are made. Any thread.
 class QEL_PROPERTY_EXPORT Binder {
 public:
     /// Throws std::invalid_argument for a null map.

@@ -15,7 +15,7 @@ namespace qel::property {
 /// The properties of one owner, reached by name.
 ///
 /// Shares the owner and keeps it alive; properties and their ties to nodes end before it is released. Movable; a
-/// moved-from object has no properties. References to properties stay good when the object is moved.
+/// moved-from object has none. References to properties, which serve any thread, stay good when the object moves.
 class QEL_PROPERTY_EXPORT Properties {
 public:
     /// owner: may be null, then no property can be read or written. Throws std::invalid_argument when two schemas have

@@ -16,7 +16,7 @@
 namespace qel::property {
 
 /// Describes a property of a class of objects, its owners: name, type, default, what is allowed, how it is read and
-/// written. Owners are reached through untyped pointers.
+/// written. Owners are reached through untyped pointers. Any thread may read it.
 class QEL_PROPERTY_EXPORT Schema {
 public:
     /// Applies a value, given as a configuration node, to an owner.

@@ -9,7 +9,7 @@
 
 namespace qel::serialize {
 
-/// A text is not the JSON that it should be. what() is "line L, column C: REASON", both counted from 1, in bytes.
+/// A text is not the JSON it should be. what() is "line L, column C: REASON", counted from 1, in bytes. Any thread.
 class QEL_SERIALIZE_EXPORT JsonError : public cereal::Exception {
 public:
     JsonError(std::size_t line, std::size_t column, std::string const& reason);

@@ -8,7 +8,7 @@ namespace qel::type {
 
 /// Keeps a link alive, such as the one from a configuration node to a handler; dropping it ends the link.
 ///
-/// Movable, not copyable. What made the binding says from where it may be dropped.
+/// Movable, not copyable. What made the binding says from where it may be dropped. One thread at a time.
 class [[nodiscard]] Binding {
 public:
     /// An empty binding: it keeps nothing.

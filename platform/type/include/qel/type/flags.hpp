@@ -21,7 +21,7 @@ namespace detail {
 ///
 /// Storage: the unsigned type of the word; Limit: the number of positions that the set declares. A position that is
 /// not below both Limit and the word's number of bits is refused with std::out_of_range by Set, Reset and the
-/// constructors, and reads as clear by Test.
+/// constructors, and reads as clear by Test. One thread at a time.
 template <class E, class Storage = std::uint64_t, std::size_t Limit = 64>
 class Flags {
     static_assert(std::is_unsigned_v<Storage>);

@@ -7,7 +7,7 @@
 
 namespace qel::configuration::node {
 
-/// A node that entries can be added to while the program runs.
+/// A node that entries can be added to while the program runs. Any thread, as every node.
 class QEL_CONFIGURATION_EXPORT Dynamic : public Node {
 public:
     /// Adds an entry for each change, in their order: all of them, or none when one is refused.

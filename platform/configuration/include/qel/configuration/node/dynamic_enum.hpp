@@ -8,7 +8,7 @@
 
 namespace qel::configuration::node {
 
-/// A text that is one of a set of choices, which may change while the program runs.
+/// A text that is one of a set of choices, which may change while the program runs. Any thread, see Node.
 class QEL_CONFIGURATION_EXPORT DynamicEnum final : public Value {
 public:
     /// Throws std::out_of_range when the default is none of the choices.

@@ -14,7 +14,7 @@
 
 namespace qel::configuration::node {
 
-/// Named children, in the order in which they were inserted.
+/// Named children, in the order in which they were inserted. Any thread, as every node.
 class QEL_CONFIGURATION_EXPORT Map final : public Node {
 public:
     /// Says whether the map takes a node as a child.

@@ -9,7 +9,7 @@
 
 namespace qel::configuration::node {
 
-/// A node whose value is a T.
+/// A node whose value is a T. Any thread, as every node.
 template <object::PrimitiveValue T>
 class QEL_CONFIGURATION_EXPORT Primitive final : public Value {
 public:

@@ -17,7 +17,7 @@ class Map;
 ///
 /// Whatever is staged or set is checked first: std::logic_error for a frozen node, object::BadCast for an object of
 /// another type (a String is parsed, see object::Parse), std::out_of_range for a value that is not allowed. The
-/// read-only option refuses StageData alone.
+/// read-only option refuses StageData alone. Any thread, as every node.
 class QEL_CONFIGURATION_EXPORT Value : public Node {
 public:
     /// The current value.

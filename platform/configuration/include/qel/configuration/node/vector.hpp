@@ -12,7 +12,7 @@
 
 namespace qel::configuration::node {
 
-/// A list of value nodes, all made after one element schema. Elements are reached as "name[index]", from 0.
+/// A list of value nodes made after one element schema, reached as "name[index]", from 0. Any thread, see Node.
 class QEL_CONFIGURATION_EXPORT Vector final : public Dynamic {
 public:
     /// elements: the schema of the elements; its path does not count, and neither does its default, beyond the type of

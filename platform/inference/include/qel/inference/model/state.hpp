@@ -16,7 +16,7 @@ namespace qel::inference::model {
 ///                                         +---------------------+-----------> (Failed, Ended)
 ///
 /// A model whose files change starts again at (Loading, Building), while the former one still serves; one whose files
-/// go is (Unloaded, NotStarted). Any pair is a value, other pairs too.
+/// go is (Unloaded, NotStarted). Any other pair is a value too. Any thread.
 class State {
 public:
     /// (Unloaded, NotStarted).

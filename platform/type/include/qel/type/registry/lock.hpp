@@ -8,7 +8,7 @@ namespace qel::type::registry {
 /// Access to a locked map, for as long as the lock object lives.
 ///
 /// Map: the type of the map, which is reached as through a pointer and cannot be changed. The destructor runs the
-/// unlock action once, if there is one; an action that throws ends the process. Movable: the action goes along.
+/// unlock action once, if any; one that throws ends the process. Movable with its action. One thread at a time.
 template <class Map>
 class [[nodiscard]] Lock {
 public:
