@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <exception>
 #include <mutex>
-#include <string>
 #include <utility>
 
 namespace qel::system::plugin {
@@ -24,21 +23,25 @@ Handler& GetHandler() {
 
 thread_local boost::filesystem::path const* loading = nullptr;
 
-std::string DescribeException(std::exception_ptr const& exception) {
-    if (!exception) return "called std::terminate";
+/// Takes no memory: there may be none.
+void PrintException(std::exception_ptr const& exception) {
+    if (!exception) {
+        std::fputs("called std::terminate\n", stderr);
+        return;
+    }
     try {
         std::rethrow_exception(exception);
     } catch (std::exception const& error) {
-        return std::string("threw an exception: ") + error.what();
+        std::fprintf(stderr, "threw an exception: %s\n", error.what());
     } catch (...) {
-        return "threw an exception that is no std::exception";
+        std::fputs("threw an exception that is no std::exception\n", stderr);
     }
 }
 
 [[noreturn]] void NamePluginAndTerminate() {
     if (loading != nullptr) {
-        std::string const what = DescribeException(std::current_exception());
-        std::fprintf(stderr, "%s: a static initialiser of this plug-in %s\n", loading->c_str(), what.c_str());
+        std::fprintf(stderr, "%s: a static initialiser of this plug-in ", loading->c_str());
+        PrintException(std::current_exception());
     }
     std::terminate_handler const former = GetHandler().former;
     if (former != nullptr) former();

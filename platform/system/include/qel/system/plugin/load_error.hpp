@@ -9,7 +9,7 @@
 
 namespace qel::system::plugin {
 
-/// Some plug-ins could not be loaded, or reported a problem while they were; what() holds a line for each problem.
+/// Some plug-ins were not loaded, or reported a problem meanwhile; what() holds a line for each one. Any thread.
 class QEL_SYSTEM_EXPORT LoadError : public std::runtime_error {
 public:
     explicit LoadError(std::vector<Problem> problems);
