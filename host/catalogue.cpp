@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <new>
 
 #include <boost/json.hpp>
 
@@ -40,6 +41,8 @@ AlgorithmDescription Describe(video::registry::Info const& info, inference::back
         if (auto const* const properties = schema.as_object().if_contains("properties")) {
             description.properties = properties->as_object();
         }
+    } catch (std::bad_alloc const&) {
+        throw;  // not the algorithm's problem
     } catch (std::exception const& error) {
         description.problem = error.what();
     }

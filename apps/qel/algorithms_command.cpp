@@ -92,7 +92,7 @@ int List(Options const& options) {
     if (options.asJson) {
         json::array list;
         for (auto const& description : descriptions) list.push_back(ToJson(description));
-        text = json::serialize(json::object{{"algorithms", std::move(list)}}) + "\n";
+        text = host::SerializeJson(json::object{{"algorithms", std::move(list)}}) + "\n";
     } else {
         for (auto const& description : descriptions) text += (text.empty() ? "" : "\n") + ToText(description);
     }

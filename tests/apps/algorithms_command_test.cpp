@@ -54,6 +54,8 @@ TEST(QelAlgorithms, ListsThemAsJson) {
     EXPECT_EQ(properties.at("label").at("enum"), json::array({"bright", "moving", "other"}));
     EXPECT_EQ(properties.at("smallest_area").at("description"), "Fewest pixels of an object");
     EXPECT_TRUE(list[1].at("properties").as_object().empty());
+    // As people write numbers, where the library would write 5E-1.
+    EXPECT_NE(outcome.output.find(R"("default":0.5,)"), std::string::npos) << outcome.output;
 }
 
 TEST(QelAlgorithms, WarnsOfAPluginThatCannotBeUsedAndListsTheOthers) {
