@@ -37,11 +37,12 @@ class Layout(InstallationTest):
 class Loader(InstallationTest):
     def plugins(self, program, environment=None):
         listed = json.loads(run(program, "algorithms", "--json", environment=environment))
-        return [algorithm["file"] for algorithm in listed["algorithms"]]
+        return sorted(algorithm["file"] for algorithm in listed["algorithms"])
 
     def expected(self, prefix):
-        names = ("classifier", "motion", "privacy_mask")
-        return [str(prefix / LIBRARY_FOLDER / f"libqel_algorithm_{name}.so") for name in names]
+        files = sorted(file.name for file in (PREFIX / LIBRARY_FOLDER).glob("libqel_algorithm_*.so"))
+        self.assertIn("libqel_algorithm_motion.so", files)
+        return [str(prefix / LIBRARY_FOLDER / name) for name in files]
 
     def test_finds_the_plugins_where_they_were_installed(self):
         self.assertEqual(self.plugins(PREFIX / "bin/qel"), self.expected(PREFIX.resolve()))
