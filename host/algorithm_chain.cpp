@@ -89,4 +89,8 @@ AlgorithmChain::Frame AlgorithmChain::Process(Frame const& frame, algorithm::vid
     return frame_.Get();
 }
 
+void AlgorithmChain::Reset() {
+    for (auto const& algorithm : algorithms_) algorithm->Reset();
+}
+
 }  // namespace qel::host

@@ -36,6 +36,10 @@ public:
     /// Throws Error with what an algorithm throws.
     Frame Process(Frame const& frame, algorithm::video::Result& result);
 
+    /// Has all algorithms forget what they have seen, as the next frame does not continue it. Throws Error with what an
+    /// algorithm throws.
+    void Reset();
+
     /// How many frames have been copied: those whose pixels an algorithm changes while others hold them.
     std::uint64_t GetCopies() const noexcept { return frame_.GetCopies(); }
 

@@ -11,7 +11,7 @@ void AnnotationSink::Take(AnalysedFrame const& analysed) {
     Picture picture = ToPicture(analysed.frame);
     if (backdrop_) backdrop_(picture);
     DrawObjects(picture, picture.size, analysed.result.objects);
-    if (picture.size != size_) picture = Scale(picture, size_);
+    if (picture.size != size_) picture = Letterbox(picture, size_);
     writer_.Write(std::move(picture), analysed.frame.GetTimestamp().time_since_epoch());
 }
 

@@ -11,7 +11,7 @@ namespace qel::host {
 
 /// Writes the frames with their objects drawn on them as an MP4 video.
 ///
-/// Frames of another size than the first are scaled to the first one's.
+/// The video keeps the size of its first frame: those of another size are scaled into it, with black around them.
 class AnnotationSink final : public FrameSink {
 public:
     /// Draws on a whole frame before the objects are drawn.

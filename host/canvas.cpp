@@ -63,6 +63,15 @@ Picture Scale(Picture const& picture, Picture::Size size) {
     return scaled;
 }
 
+Picture Letterbox(Picture const& picture, Picture::Size size) {
+    double const factor = std::min(double(size.width) / picture.size.width, double(size.height) / picture.size.height);
+    double const width = factor * picture.size.width;
+    double const height = factor * picture.size.height;
+    Picture framed(size);
+    Canvas(framed).DrawPicture(picture, (size.width - width) / 2, (size.height - height) / 2, width, height);
+    return framed;
+}
+
 std::string ToPng(Picture const& picture) {
     std::string bytes;
     cairo_status_t const status = cairo_surface_write_to_png_stream(SurfaceOver(picture).get(), Append, &bytes);

@@ -35,6 +35,9 @@ Picture::Size FitInto(Picture::Size size, Picture::Size limit);
 /// The picture scaled to a size.
 Picture Scale(Picture const& picture, Picture::Size size);
 
+/// The picture scaled to fit into a size without changing its shape, in the middle, with black around it.
+Picture Letterbox(Picture const& picture, Picture::Size size);
+
 /// The picture as the bytes of a PNG file.
 std::string ToPng(Picture const& picture);
 

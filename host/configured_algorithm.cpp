@@ -74,4 +74,12 @@ void ConfiguredAlgorithm::Process(WorkingFrame& frame, video::Result& result) {
     throw Error("the algorithm '" + name_ + "' is of a kind that cannot be run");
 }
 
+void ConfiguredAlgorithm::Reset() {
+    try {
+        algorithm_->Reset();
+    } catch (std::exception const& error) {
+        throw Error("the algorithm '" + name_ + "' cannot be reset: " + error.what());
+    }
+}
+
 }  // namespace qel::host

@@ -43,6 +43,9 @@ public:
     /// The same with a frame that is copied only where others hold its pixels.
     void Process(WorkingFrame& frame, algorithm::video::Result& result);
 
+    /// Has the algorithm forget what it has seen. Throws Error with what the algorithm throws.
+    void Reset();
+
 private:
     void Make(hash::MurmurThree32 id);
 

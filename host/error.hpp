@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 namespace qel::host {
 
@@ -14,6 +15,18 @@ public:
 class UsageError : public Error {
 public:
     using Error::Error;
+};
+
+/// A stream that cannot be reached, fell silent or went away; it may come back.
+class LostError : public Error {
+public:
+    /// silent: whether it is still connected, as far as anybody can tell, but gave no frame for too long.
+    explicit LostError(std::string const& text, bool silent = false) : Error(text), silent_(silent) {}
+
+    bool IsSilent() const noexcept { return silent_; }
+
+private:
+    bool silent_;
 };
 
 }  // namespace qel::host

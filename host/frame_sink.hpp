@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "qel/algorithm/video/result.hpp"
@@ -13,6 +15,8 @@ struct AnalysedFrame {
     std::uint64_t index;
     media::video::FrameBase<void const> const& frame;
     algorithm::video::Result const& result;
+    /// For how long the source was away just before this frame.
+    std::optional<std::chrono::nanoseconds> gap{};
 };
 
 /// What takes the frames of a run one by one, such as a writer of results.

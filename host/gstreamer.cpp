@@ -69,7 +69,11 @@ bool Pipeline::IsAtWork() const {
 
 GstFailure::GstFailure(GstMessage* message) {
     GError* raw = nullptr;
-    gst_message_parse_error(message, &raw, nullptr);
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING) {
+        gst_message_parse_warning(message, &raw, nullptr);
+    } else {
+        gst_message_parse_error(message, &raw, nullptr);
+    }
     GstPtr<GError> const error(raw);
     domain = error->domain;
     code = error->code;

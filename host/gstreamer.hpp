@@ -55,7 +55,7 @@ private:
     GstPtr<GstBus> bus_;
 };
 
-/// An error that an element reported on its pipeline's bus.
+/// An error or a warning that an element reported on its pipeline's bus.
 struct GstFailure {
     GQuark domain = 0;
     int code = 0;

@@ -45,6 +45,8 @@ std::string WithoutPassword(std::string const& uri) {
 
 }  // namespace
 
+bool IsStream(Location const& location) { return !location.file && location.uri.rfind("fd://", 0) != 0; }
+
 Location Locate(std::string const& text) {
     if (text.empty()) throw Error("no video is named: the path is empty");
     if (text.find("://") == std::string::npos) {

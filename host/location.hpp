@@ -14,6 +14,10 @@ struct Location {
     std::string name;
 };
 
+/// Whether the video comes from somewhere that may fall silent, go away and come back: a URI that names neither a file
+/// nor an open descriptor (fd://).
+bool IsStream(Location const& location);
+
 /// Makes a location of a path or of a URI (anything with "://").
 /// Throws Error when it names a file that is missing, a directory, empty or not readable.
 Location Locate(std::string const& text);

@@ -49,8 +49,11 @@ std::string MakeProgressLine(std::uint64_t frames, std::optional<std::uint64_t> 
 Progress::Progress(std::optional<std::uint64_t> total, bool wanted)
     : total_(total), shown_(wanted && isatty(STDERR_FILENO) == 1) {}
 
-Progress::~Progress() {
+Progress::~Progress() { Clear(); }
+
+void Progress::Clear() {
     if (drawn_) std::fputs("\r\033[K", stderr);
+    drawn_ = false;
 }
 
 void Progress::Update(std::uint64_t frames) {

@@ -23,6 +23,8 @@ public:
     ~Progress();
 
     void Update(std::uint64_t frames);
+    /// Takes the bar away until the next update, so that something else can be said.
+    void Clear();
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -80,6 +80,7 @@ std::string MakeResultLine(std::string const& source, AnalysedFrame const& analy
     Line line;
     line.Raw(R"({"frame":)").Value(analysed.index);
     line.Raw(R"(,"timestamp":)").Value(analysed.frame.GetTimestamp().time_since_epoch().count());
+    if (analysed.gap) line.Raw(R"(,"gap":)").Value(analysed.gap->count());
     line.Raw(R"(,"source":)").Value(source);
     line.Raw(R"(,"resolution":{"width":)").Value(size.width).Raw(R"(,"height":)").Value(size.height);
     line.Raw(R"(},"objects":[)");

@@ -1,6 +1,7 @@
 #include "run.hpp"
 
 #include <algorithm>
+#include <vector>
 
 #include "text.hpp"
 
@@ -37,6 +38,7 @@ public:
         for (std::size_t i = 0; i < plan_.sinks.size(); ++i) {
             if (!sinkFailed_[i]) Guard([this, i] { Timed(SinkStage(i), [&] { plan_.sinks[i]->Finish(); }); });
         }
+        report_.losses = plan_.source.GetLosses();
         report_.elapsed = Clock::now() - start;
         return std::move(report_);
     }
@@ -57,12 +59,18 @@ private:
     bool Step() {
         auto const frame = Timed(report_.stages[0], [this] { return plan_.source.Read(); });
         if (!frame) return false;
+        auto const gap = plan_.source.GetGap();
+        bool const continues = report_.frames == 0 || (!gap && frame->GetSize() == size_);
+        size_ = frame->GetSize();
         algorithm::video::Result result;
-        VideoSource::Frame const shown = Timed(report_.stages[1], [&] { return plan_.analyse(*frame, result); });
+        FrameSource::Frame const shown = Timed(report_.stages[1], [&] {
+            if (!continues && plan_.startAnew) plan_.startAnew();
+            return plan_.analyse(*frame, result);
+        });
         for (std::size_t i = 0; i < plan_.sinks.size(); ++i) {
             // Set while the sink is at work, so that it stays set when the sink throws.
             sinkFailed_[i] = true;
-            Timed(SinkStage(i), [&] { plan_.sinks[i]->Take({report_.frames, shown, result}); });
+            Timed(SinkStage(i), [&] { plan_.sinks[i]->Take({report_.frames, shown, result, gap}); });
             sinkFailed_[i] = false;
         }
         ++report_.frames;
@@ -73,6 +81,7 @@ private:
 
     RunPlan& plan_;
     std::vector<bool> sinkFailed_;
+    geometry::Dimension<unsigned int, 2> size_;
     RunReport report_;
 };
 
@@ -82,13 +91,27 @@ std::string Rate(std::uint64_t frames, std::chrono::nanoseconds time) {
     return time.count() > 0 ? FormatNumber(static_cast<double>(frames) / Seconds(time), 1) : std::string("-");
 }
 
+std::string Count(std::uint64_t count, std::string const& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string SummariseLosses(Losses const& losses) {
+    std::vector<std::string> parts;
+    if (losses.interruptions != 0 || losses.attempts != 0) {
+        parts.push_back(Count(losses.interruptions, "interruption") + " (" + Count(losses.stalls, "stall") + ")");
+        parts.push_back("back " + Count(losses.returns, "time") + " after " + Count(losses.attempts, "attempt"));
+        parts.push_back(FormatNumber(Seconds(losses.away), 2) + " s away");
+    }
+    if (losses.droppedFrames != 0) parts.push_back(Count(losses.droppedFrames, "frame") + " dropped");
+    return parts.empty() ? std::string() : "  lost: " + Join(parts) + "\n";
+}
+
 }  // namespace
 
 RunReport Run(RunPlan& plan) { return Loop(plan).Run(); }
 
 std::string Summarise(RunReport const& report, std::string const& source) {
-    std::string text = source + ": " + std::to_string(report.frames) + (report.frames == 1 ? " frame, " : " frames, ") +
-                       std::to_string(report.objects) + (report.objects == 1 ? " object, " : " objects, ") +
+    std::string text = source + ": " + Count(report.frames, "frame") + ", " + Count(report.objects, "object") + ", " +
                        FormatNumber(Seconds(report.elapsed), 2) + " s, " + Rate(report.frames, report.elapsed) +
                        " frames/s\n";
     std::string stages;
@@ -96,7 +119,7 @@ std::string Summarise(RunReport const& report, std::string const& source) {
         stages += (stages.empty() ? "  " : ", ") + stage.stage + " " + FormatNumber(Seconds(stage.time), 3) + " s";
         if (stage.stage == "algorithm") stages += " (" + Rate(report.frames, stage.time) + " frames/s)";
     }
-    return text + stages + "\n";
+    return text + stages + "\n" + SummariseLosses(report.losses);
 }
 
 }  // namespace qel::host

@@ -10,21 +10,24 @@
 #include <vector>
 
 #include "frame_sink.hpp"
-#include "video_source.hpp"
+#include "frame_source.hpp"
 
 namespace qel::host {
 
 /// What a run does, and with what.
 struct RunPlan {
     /// Looks at a frame and adds to the result; returns the frame as it is to be shown, which may be another one.
-    using Analyse = std::function<VideoSource::Frame(VideoSource::Frame const&, algorithm::video::Result&)>;
+    using Analyse = std::function<FrameSource::Frame(FrameSource::Frame const&, algorithm::video::Result&)>;
 
-    VideoSource& source;
+    FrameSource& source;
     Analyse analyse;
     std::vector<std::unique_ptr<FrameSink>> sinks;
     std::optional<std::uint64_t> maxFrames{};
     /// Called after each frame with the number of frames that are done; may be empty.
     std::function<void(std::uint64_t)> progress{};
+    /// Called before a frame that does not continue the ones before: the source was away, or the frame has another
+    /// size; may be empty.
+    std::function<void()> startAnew{};
 };
 
 /// The time that one step of a run took, over all frames.
@@ -40,6 +43,7 @@ struct RunReport {
     std::chrono::nanoseconds elapsed{0};
     /// "decode" (waiting for the next frame), "algorithm", then each sink.
     std::vector<StageTime> stages;
+    Losses losses;
     /// What ended the run before its time; null when nothing did.
     std::exception_ptr error;
 };
@@ -48,7 +52,7 @@ struct RunReport {
 /// to every sink. An error ends the run; the sinks are finished all the same, but for one that failed itself.
 RunReport Run(RunPlan& plan);
 
-/// The report in words for a person, one or two lines with their line ends.
+/// The report in words for a person, two lines with their line ends, and one more when anything was lost.
 std::string Summarise(RunReport const& report, std::string const& source);
 
 }  // namespace qel::host

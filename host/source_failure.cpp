@@ -2,6 +2,7 @@
 
 #include <gst/pbutils/missing-plugins.h>
 
+#include "location.hpp"
 #include "text.hpp"
 
 namespace qel::host {
@@ -25,6 +26,9 @@ bool SaysUnknownContent(GstFailure const& failure) {
 void SourceFailure::Note(GstMessage* message) {
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         failures_.emplace_back(message);
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING) {
+        GstFailure warning(message);
+        if (IsStream(location_) && warning.domain == GST_RESOURCE_ERROR) disconnections_.push_back(std::move(warning));
     } else if (gst_is_missing_plugin_message(message) != FALSE) {
         GstPtr<gchar> const detail(gst_missing_plugin_message_get_installer_detail(message));
         GstPtr<gchar> const words(gst_missing_plugin_message_get_description(message));
@@ -36,6 +40,17 @@ void SourceFailure::Note(GstMessage* message) {
     }
 }
 
+bool SourceFailure::MayPass() const {
+    if (!missing_.empty() || otherStreams_) return false;
+    for (GstFailure const& failure : failures_) {
+        if (failure.Is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN) || SaysUnknownContent(failure) ||
+            failure.Is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_AUTHORIZED)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::string SourceFailure::DescribeUnopened() const {
     std::string const& name = location_.name;
     if (!missing_.empty()) {
@@ -45,6 +60,9 @@ std::string SourceFailure::DescribeUnopened() const {
     // Raw sound has no decoder whose lack GStreamer could name; it says only that nothing leads to a video.
     bool const nothingLeads = !failures_.empty() && failures_.front().Is(GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN);
     if (otherStreams_ || nothingLeads) return "'" + name + "' holds no video stream";
+    if (failures_.empty() && !disconnections_.empty()) {
+        return "cannot open '" + name + "': " + disconnections_.front().text;
+    }
     if (failures_.empty()) return "cannot read '" + name + "' as a video: nothing in it can be played";
     GstFailure const& failure = failures_.front();
     if (SaysUnknownContent(failure))
@@ -56,7 +74,11 @@ std::string SourceFailure::DescribeUnopened() const {
 std::string SourceFailure::Describe(std::uint64_t frames, std::uint64_t missingBytes) const {
     if (missingBytes != 0) return DescribeCutShort(location_.name, frames, missingBytes);
     if (frames == 0) return DescribeUnopened();
-    std::string const reason = failures_.empty() ? "nothing more can be played" : failures_.front().text;
+    auto const& reasons = failures_.empty() ? disconnections_ : failures_;
+    std::string const reason = reasons.empty() ? "nothing more can be played" : reasons.front().text;
+    if (IsStream(location_)) {
+        return "'" + location_.name + "' was lost after frame " + std::to_string(frames - 1) + ": " + reason;
+    }
     return "'" + location_.name + "' is damaged after frame " + std::to_string(frames - 1) + ": " + reason;
 }
 

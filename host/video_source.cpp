@@ -12,14 +12,20 @@
 #include "gstreamer.hpp"
 #include "source_failure.hpp"
 #include "text.hpp"
+#include "timeline.hpp"
 
 namespace qel::host {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr guint QueuedFrames = 4;
+/// Of a live source, whose frames come in bursts.
+constexpr guint QueuedLiveFrames = 8;
 constexpr GstClockTime PollTime = 50 * GST_MSECOND;
 /// How many polls without a frame are waited for, after an error, for frames that were under way when it struck.
 constexpr int PatienceAfterError = 40;
+constexpr int PatienceAfterLoss = 4;
 /// How many polls a file may be read by nobody. Some demuxers give a broken file up without a word.
 constexpr int PatienceWithRest = 20;
 /// By how much the video may end before the longest stream of its file does.
@@ -41,15 +47,27 @@ void LinkDecoded(GstElement*, GstPad* pad, gpointer converter) {
     if (gst_pad_is_linked(target.get()) == FALSE) gst_pad_link(pad, target.get());
 }
 
+/// Numbers the frames that reach the queue, so that those which are dropped there can be told by their absence.
+GstPadProbeReturn NumberFrame(GstPad*, GstPadProbeInfo* info, gpointer count) {
+    GstBuffer* const buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
+    GST_BUFFER_OFFSET(buffer) = (*static_cast<guint64*>(count))++;
+    info->data = buffer;
+    return GST_PAD_PROBE_OK;
+}
+
 }  // namespace
 
 struct VideoSource::Impl {
-    Impl(Location place, std::vector<media::ColourFormat> const& formats, std::function<bool()> stopQuestion);
+    Impl(Location place, std::vector<media::ColourFormat> const& formats, std::function<bool()> stopQuestion,
+         std::chrono::nanoseconds longestSilence);
 
     std::optional<Frame> Pull();
     Frame Wrap(GstSample* sample);
     media::TimePoint TimeOf(GstSample* sample);
+    void Play();
+    void CountDropped(GstBuffer* buffer);
     void TakeMessages();
+    void CheckSilence(Clock::time_point since) const;
     [[noreturn]] void Fail() const;
     void AtEnd();
     bool FramesUnderWay() const;
@@ -57,14 +75,21 @@ struct VideoSource::Impl {
 
     Location location;
     std::function<bool()> stop;
+    std::chrono::nanoseconds silence;
+    bool isStream;
+    bool isLive = false;
     SourceFailure failure;
+    /// Frames that have reached the queue; counted on the thread that decodes, which goes with the pipeline.
+    guint64 arrived = 0;
     Pipeline pipeline{"qel-source"};
     GstElement* sink = nullptr;
 
     GstPtr<GstCaps> caps;
     GstVideoInfo info{};
     std::chrono::nanoseconds lastTime{0};
+    Timeline timeline;
     std::uint64_t frames = 0;
+    std::uint64_t dropped = 0;
     bool ended = false;
     std::optional<Frame> first;
     geometry::Dimension<unsigned int, 2> firstSize;
@@ -75,8 +100,12 @@ struct VideoSource::Impl {
 };
 
 VideoSource::Impl::Impl(Location place, std::vector<media::ColourFormat> const& formats,
-                        std::function<bool()> stopQuestion)
-    : location(std::move(place)), stop(std::move(stopQuestion)), failure(location) {
+                        std::function<bool()> stopQuestion, std::chrono::nanoseconds longestSilence)
+    : location(std::move(place)),
+      stop(std::move(stopQuestion)),
+      silence(longestSilence),
+      isStream(IsStream(location)),
+      failure(location) {
     GstPtr<GstCaps> const wanted = WantedCaps(formats);
     GstElement* const bin = pipeline.Get();
     GstElement* const decoder = AddTo(bin, MakeElement("uridecodebin"));
@@ -89,14 +118,25 @@ VideoSource::Impl::Impl(Location place, std::vector<media::ColourFormat> const& 
                  nullptr);
     gst_element_link(converter, sink);
     g_signal_connect(decoder, "pad-added", G_CALLBACK(LinkDecoded), converter);
-    gst_element_set_state(bin, GST_STATE_PLAYING);
+    Play();
     first = Pull();
     if (first) firstSize = first->GetSize();
     LearnLength();
 }
 
+void VideoSource::Impl::Play() {
+    if (gst_element_set_state(pipeline.Get(), GST_STATE_PAUSED) == GST_STATE_CHANGE_NO_PREROLL) {
+        isLive = true;
+        // Nobody can have a live source wait: its packets would pile up in memory.
+        GstPtr<GstPad> const pad(gst_element_get_static_pad(sink, "sink"));
+        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, NumberFrame, &arrived, nullptr);
+        g_object_set(sink, "drop", TRUE, "max-buffers", QueuedLiveFrames, nullptr);
+    }
+    gst_element_set_state(pipeline.Get(), GST_STATE_PLAYING);
+}
+
 void VideoSource::Impl::TakeMessages() {
-    auto const kinds = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_ELEMENT);
+    auto const kinds = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_WARNING | GST_MESSAGE_ELEMENT);
     while (GstPtr<GstMessage> const message = pipeline.TakeMessage(kinds)) failure.Note(message.get());
 }
 
@@ -106,7 +146,8 @@ bool VideoSource::Impl::FramesUnderWay() const {
 }
 
 std::optional<VideoSource::Frame> VideoSource::Impl::Pull() {
-    int patience = PatienceAfterError;
+    auto const start = Clock::now();
+    int patience = isStream ? PatienceAfterLoss : PatienceAfterError;
     int rest = PatienceWithRest;
     while (!ended) {
         if (stop && stop()) break;
@@ -120,20 +161,31 @@ std::optional<VideoSource::Frame> VideoSource::Impl::Pull() {
         if (failure && (!FramesUnderWay() || --patience == 0)) Fail();
         rest = location.file && !pipeline.IsAtWork() ? rest - 1 : PatienceWithRest;
         if (rest == 0) Fail();
+        CheckSilence(start);
     }
     ended = true;
     return std::nullopt;
 }
 
+void VideoSource::Impl::CheckSilence(Clock::time_point since) const {
+    if (!isStream || silence <= silence.zero() || Clock::now() - since < silence) return;
+    throw LostError("'" + location.name + "' fell silent: no frame for " +
+                        FormatNumber(std::chrono::duration<double>(silence).count(), 1) + " s after " +
+                        std::to_string(frames) + (frames == 1 ? " frame" : " frames"),
+                    true);
+}
+
 void VideoSource::Impl::Fail() const {
     std::uint64_t const missing = location.file ? CountMissingBytes(*location.file) : 0;
-    throw Error(failure.Describe(frames, missing));
+    std::string const text = failure.Describe(frames, missing);
+    if (isStream && failure.MayPass()) throw LostError(text);
+    throw Error(text);
 }
 
 void VideoSource::Impl::AtEnd() {
     ended = true;
     TakeMessages();
-    if (failure) Fail();
+    if (failure || failure.IsDisconnected()) Fail();
     std::uint64_t const missing = location.file ? CountMissingBytes(*location.file) : 0;
     if (missing != 0) throw Error(DescribeCutShort(location.name, frames, missing));
     if (frames == 0) throw Error("'" + location.name + "' holds no video frames");
@@ -148,6 +200,8 @@ VideoSource::Frame VideoSource::Impl::Wrap(GstSample* sample) {
         }
         caps.reset(gst_caps_ref(current));
     }
+    if (frames == 0) failure.ForgetDisconnections();
+    CountDropped(gst_sample_get_buffer(sample));
     Frame frame = WrapBuffer(gst_sample_get_buffer(sample), info, TimeOf(sample), media::video::frame::Rotation::None);
     ++frames;
     return frame;
@@ -163,7 +217,12 @@ media::TimePoint VideoSource::Impl::TimeOf(GstSample* sample) {
     } else if (frames != 0 && info.fps_n > 0) {
         lastTime += std::chrono::nanoseconds(gst_util_uint64_scale_int(GST_SECOND, info.fps_d, info.fps_n));
     }
-    return media::TimePoint(lastTime);
+    return media::TimePoint(isStream ? timeline.Place(lastTime) : lastTime);
+}
+
+void VideoSource::Impl::CountDropped(GstBuffer* buffer) {
+    // Only the frames of a live source are numbered.
+    if (isLive) dropped = GST_BUFFER_OFFSET(buffer) - frames;
 }
 
 void VideoSource::Impl::LearnLength() {
@@ -176,10 +235,17 @@ void VideoSource::Impl::LearnLength() {
     if (count > 0) expectedFrames = static_cast<std::uint64_t>(count);
 }
 
-VideoSource::VideoSource(Location location, std::vector<media::ColourFormat> const& formats, std::function<bool()> stop)
-    : impl_(std::make_unique<Impl>(std::move(location), formats, std::move(stop))) {}
+VideoSource::VideoSource(Location location, std::vector<media::ColourFormat> const& formats, std::function<bool()> stop,
+                         std::chrono::nanoseconds silence)
+    : impl_(std::make_unique<Impl>(std::move(location), formats, std::move(stop), silence)) {}
 
 VideoSource::~VideoSource() = default;
+
+Losses VideoSource::GetLosses() const {
+    Losses losses;
+    losses.droppedFrames = impl_->dropped;
+    return losses;
+}
 
 std::optional<VideoSource::Frame> VideoSource::Read() {
     if (impl_->first) return std::exchange(impl_->first, std::nullopt);

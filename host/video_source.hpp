@@ -8,43 +8,44 @@
 #include <string>
 #include <vector>
 
+#include "frame_source.hpp"
 #include "location.hpp"
 #include "qel/media/colour_format.hpp"
-#include "qel/media/video/frame.hpp"
 
 namespace qel::host {
 
 /// The frames of a video that GStreamer opens, in order, as fast as they are read.
 ///
 /// A few frames are decoded ahead, on GStreamer's own threads. The pixels of a frame are those of GStreamer's buffer;
-/// a frame may be kept as long as one likes, also beyond the source. One thread at a time.
-class VideoSource {
+/// a frame may be kept as long as one likes, also beyond the source. A live source goes at its own pace: frames that
+/// are not read in time are dropped, the oldest first.
+class VideoSource final : public FrameSource {
 public:
-    using Frame = media::video::FrameBase<void const>;
-
     /// Opens the video and waits for its first frame.
     /// formats: what the frames may be, most wanted first. stop: asked while waiting; true ends the stream early.
-    /// Throws Error when there is no video to be had.
-    VideoSource(Location location, std::vector<media::ColourFormat> const& formats, std::function<bool()> stop = {});
-    VideoSource(VideoSource const&) = delete;
-    VideoSource& operator=(VideoSource const&) = delete;
-    ~VideoSource();
+    /// silence: how long a stream may give no frame before it counts as lost; zero: for ever.
+    /// Throws LostError when a stream is not there, Error when there is no video to be had.
+    VideoSource(Location location, std::vector<media::ColourFormat> const& formats, std::function<bool()> stop = {},
+                std::chrono::nanoseconds silence = {});
+    ~VideoSource() override;
 
     /// The next frame; nothing at the end of the video, or when stop said so.
-    /// A video that is damaged or cut short gives the frames it has, then throws Error.
-    std::optional<Frame> Read();
+    /// A file that is damaged or cut short gives the frames it has, then throws Error; a stream that goes away or falls
+    /// silent throws LostError. The times of a stream's frames only rise.
+    std::optional<Frame> Read() override;
 
-    /// What is odd about a file that was read to its end without an error, as one line: it ended well before the time
-    /// that its headers promise. Nothing when all is well.
-    std::optional<std::string> GetWarning() const;
+    /// A file that ended well before the time that its headers promise is odd.
+    std::optional<std::string> GetWarning() const override;
 
+    /// Nothing: a video that was lost ends.
+    std::optional<std::chrono::nanoseconds> GetGap() const override { return std::nullopt; }
+    /// Only frames are ever lost.
+    Losses GetLosses() const override;
     Location const& GetLocation() const noexcept;
-    /// The size of the first frame; 0 x 0 when stop left none.
-    geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept;
-    /// The number of frames that the file's headers promise; nothing for a stream without an end.
-    std::optional<std::uint64_t> GetExpectedFrames() const noexcept;
-    /// Frames per second as the video declares them; 0 when it does not.
-    double GetFrameRate() const noexcept;
+    geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept override;
+    /// As many as the headers promise.
+    std::optional<std::uint64_t> GetExpectedFrames() const noexcept override;
+    double GetFrameRate() const noexcept override;
 
 private:
     struct Impl;

@@ -18,6 +18,8 @@ namespace {
 constexpr guint64 QueuedPictures = 16;
 constexpr unsigned int SmallestSide = 16;  // that the MP4 muxer takes
 constexpr GstClockTime PollTime = 5 * GST_MSECOND;
+constexpr guint FragmentMilliseconds = 1000;
+constexpr int Unbuffered = 2;
 
 Picture::Size EvenSize(Picture::Size size) { return {size.width + size.width % 2, size.height + size.height % 2}; }
 
@@ -89,8 +91,10 @@ VideoWriter::Impl::Impl(std::string file, Picture::Size pictureSize, double fram
     g_object_set(filter, "caps", encoded.get(), nullptr);
     gst_util_set_object_arg(G_OBJECT(encoder), "speed-preset", "veryfast");
     gst_util_set_object_arg(G_OBJECT(encoder), "pass", "qual");
-    g_object_set(encoder, "quantizer", 23U, nullptr);
-    g_object_set(sink, "location", path.c_str(), "async", FALSE, nullptr);
+    // Without B-frames the times of a fragment need no correction that only the whole file could hold.
+    g_object_set(encoder, "quantizer", 23U, "bframes", 0U, nullptr);
+    g_object_set(muxer, "fragment-duration", FragmentMilliseconds, nullptr);
+    g_object_set(sink, "location", path.c_str(), "async", FALSE, "buffer-mode", Unbuffered, nullptr);
     gst_element_link_many(source, converter, filter, encoder, muxer, sink, nullptr);
     gst_element_set_state(bin, GST_STATE_PLAYING);
     CheckErrors();

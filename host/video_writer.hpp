@@ -11,7 +11,8 @@ namespace qel::host {
 
 /// Writes pictures as an MP4 file with H.264 video, encoded on other threads.
 ///
-/// The file plays once Finish returned; a writer that goes without it leaves a file that does not.
+/// The file is made of fragments that play without what follows: a writer that goes without Finish, or a process that
+/// is killed, loses the last seconds alone. Memory does not grow with the length of the video.
 class VideoWriter {
 public:
     /// Creates the file; throws Error when it cannot be written.

@@ -16,11 +16,13 @@
 #include "error.hpp"
 #include "interrupt.hpp"
 #include "json_lines_sink.hpp"
+#include "memory.hpp"
 #include "overlay.hpp"
 #include "plugins_option.hpp"
 #include "progress.hpp"
 #include "run.hpp"
 #include "snapshot_sink.hpp"
+#include "stream_options.hpp"
 #include "text.hpp"
 
 namespace qel::app {
@@ -38,6 +40,7 @@ struct Options {
     std::string calibration;
     bool uncertainty = false;
     bool quiet = false;
+    StreamOptions stream;
 };
 
 /// What is wrong with a number of frames; nothing when it is one.
@@ -95,6 +98,7 @@ void AddOptions(CLI::App& command, Options& options) {
                         "How the camera is mounted, as qel calibrate writes it: objects get metres")
             ->type_name("FILE");
     command.add_flag("--uncertainty", options.uncertainty, "States plus/minus of every length")->needs(calibration);
+    AddStreamOptions(command, options.stream);
     command.add_flag("-q,--quiet", options.quiet, "No progress bar and no summary");
     command.footer(
         "Examples:\n"
@@ -148,10 +152,10 @@ host::AnnotationSink::Backdrop MakeBackdrop(host::calibration::Calibration const
 }
 
 std::vector<std::unique_ptr<host::FrameSink>> MakeSinks(
-    Options const& options, host::VideoSource const& source,
+    Options const& options, host::Location const& location, host::FrameSource const& source,
     std::optional<host::calibration::Calibration> const& calibration) {
     std::vector<std::unique_ptr<host::FrameSink>> sinks;
-    sinks.push_back(std::make_unique<host::JsonLinesSink>(options.output, source.GetLocation().name));
+    sinks.push_back(std::make_unique<host::JsonLinesSink>(options.output, location.name));
     if (!options.annotate.empty()) {
         sinks.push_back(std::make_unique<host::AnnotationSink>(options.annotate, source.GetFrameSize(),
                                                                source.GetFrameRate(),
@@ -161,13 +165,13 @@ std::vector<std::unique_ptr<host::FrameSink>> MakeSinks(
     return sinks;
 }
 
-std::optional<std::uint64_t> ExpectedFrames(Options const& options, host::VideoSource const& source) {
+std::optional<std::uint64_t> ExpectedFrames(Options const& options, host::FrameSource const& source) {
     auto const expected = source.GetExpectedFrames();
     if (!options.maxFrames) return expected;
     return expected ? std::min(*expected, *options.maxFrames) : options.maxFrames;
 }
 
-int ReportInterruption(host::RunReport const& report, host::VideoSource const& source, int signal) {
+int ReportInterruption(host::RunReport const& report, host::FrameSource const& source, int signal) {
     auto const expected = source.GetExpectedFrames();
     Say("interrupted after " + std::to_string(report.frames) +
         (expected ? " of " + std::to_string(*expected) : std::string()) + " frames; what was written is complete");
@@ -205,26 +209,40 @@ int Run(Options const& options) {
     }
     host::Location const location = host::Locate(options.video);
     CheckOutputs(options, location);
-    host::VideoSource source(location, algorithms.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; });
+    CheckStreamOptions(options.stream, location);
+    std::optional<host::Progress> progress;
+    auto const opened = OpenSource(
+        options.stream, location, algorithms.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; },
+        [&](std::string const& loss) {
+            if (progress) progress->Clear();
+            Say("warning: " + loss);
+        });
+    host::FrameSource& source = *opened;
 
     host::RunReport report;
     {
-        host::Progress progress(ExpectedFrames(options, source), !options.quiet);
+        progress.emplace(ExpectedFrames(options, source), !options.quiet);
         host::RunPlan plan{
             .source = source,
             .analyse =
-                [&](host::VideoSource::Frame const& frame, algorithm::video::Result& result) {
+                [&](host::FrameSource::Frame const& frame, algorithm::video::Result& result) {
                     auto shown = algorithms.Process(frame, result);
                     auto const size = frame.GetSize();
                     if (measurer) measurer->Measure(result, {int(size.width), int(size.height)});
                     return shown;
                 },
-            .sinks = interrupt.GetSignal() == 0 ? MakeSinks(options, source, calibration)
+            .sinks = interrupt.GetSignal() == 0 ? MakeSinks(options, location, source, calibration)
                                                 : std::vector<std::unique_ptr<host::FrameSink>>(),
             .maxFrames = options.maxFrames,
-            .progress = [&](std::uint64_t frames) { progress.Update(frames); },
+            .progress = [&](std::uint64_t frames) { progress->Update(frames); },
+            .startAnew =
+                [&] {
+                    algorithms.Reset();
+                    host::ReleaseFreeMemory();
+                },
         };
         report = host::Run(plan);
+        progress.reset();
     }
     if (!options.quiet) std::fputs(host::Summarise(report, location.name).c_str(), stderr);
     if (report.error) std::rethrow_exception(report.error);

@@ -411,6 +411,20 @@ TEST_F(QelRun, TellsWhatAnAlgorithmFailedOfAndKeepsWhatCameBefore) {
     EXPECT_EQ(SplitLines(outcome.output).size(), 2U);
 }
 
+TEST_F(QelRun, StartsItsAlgorithmsAnewWhenTheSizeChanges) {
+    std::string bytes;
+    std::string const part = directory / "part.ogg";
+    for (unsigned int const width : {64U, 128U, 64U}) {
+        WriteMovingSquare(part, {.width = width, .frames = 2, .encoder = "videoconvert ! theoraenc ! oggmux"});
+        bytes += ReadFile(part);
+    }
+    WriteFile(video, bytes);
+    // It would fail on its third frame otherwise.
+    Outcome const outcome = RunProgram({"run", video, "-a", "fail", "-q"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(SplitLines(outcome.output).size(), 6U);
+}
+
 TEST_F(QelRun, ClosesItsFilesWhenItIsInterrupted) {
     WriteMovingSquare(video, {.width = 1280, .height = 480, .frames = 600});
     struct Case {

@@ -1,6 +1,8 @@
 #include "algorithm_chain.hpp"
 
 #include <algorithm>
+#include <stdexcept>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,14 +51,20 @@ public:
     Keeper() : Algorithm(hash::MurmurThree32(KeeperName), {ColourFormat::Nv12, ColourFormat::Grey8}) {}
 
     void SetKeeps(bool keeps) { keeps_ = keeps; }
+    void Reset() override {
+        if (std::exchange(frames_, 0) > 3) throw std::runtime_error("too much to forget");
+    }
+    int GetFrames() const { return frames_; }
     void Process(media::video::FrameBase<void const> const& frame, video::Result& result) override {
         if (keeps_) kept_ = frame;
+        ++frames_;
         result.objects.push_back(
             {{0, 0, 1, 1}, *static_cast<std::uint8_t const*>(frame.GetPlane(0).GetBuffer()), "seen", 1, {}});
     }
 
 private:
     bool keeps_ = false;
+    int frames_ = 0;
     media::video::FrameBase<void const> kept_;
 };
 
@@ -160,6 +168,19 @@ TEST(AlgorithmChain, CopiesFramesOnlyWhereAnAlgorithmChangesPixelsThatOthersHold
             EXPECT_EQ(shown == frame, c.copiesPerFrame == 0);
         }
     }
+}
+
+TEST(AlgorithmChain, HasEveryAlgorithmForgetAndTellsWhichOneCannot) {
+    AlgorithmChain chain = Make({"doubler", "keeper"});
+    auto const& keeper = dynamic_cast<Keeper&>(*chain.GetAlgorithm(1));
+    video::Result result;
+    for (int i = 0; i < 3; ++i) chain.Process(GreyFrame(1), result);
+    EXPECT_EQ(keeper.GetFrames(), 3);
+    chain.Reset();
+    EXPECT_EQ(keeper.GetFrames(), 0);
+    for (int i = 0; i < 4; ++i) chain.Process(GreyFrame(1), result);
+    EXPECT_EQ(test::MessageOf<Error>([&] { chain.Reset(); }),
+              "the algorithm 'Keeper' cannot be reset: too much to forget");
 }
 
 TEST(AlgorithmChain, AcceptsWhatAllOfThemAcceptInTheFirstOnesOrder) {

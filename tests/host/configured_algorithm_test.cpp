@@ -15,6 +15,7 @@
 #include "run.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/test_video.hpp"
+#include "video_source.hpp"
 
 namespace qel::host {
 namespace {

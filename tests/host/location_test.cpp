@@ -71,6 +71,18 @@ TEST(Locate, LeavesOtherUrisAsTheyAreButHidesTheirPasswords) {
     }
 }
 
+TEST(IsStream, TellsWhatMayComeBackFromWhatIsReadOnce) {
+    TemporaryDirectory const directory;
+    std::string const path = directory / "a.avi";
+    WriteFile(path, "x");
+    for (char const* uri : {"rtsp://camera/a", "http://server/a.avi", "v4l2:///dev/video0", "fdx://0"}) {
+        EXPECT_TRUE(IsStream(Locate(uri))) << uri;
+    }
+    for (std::string const& once : {path, "file://" + path, std::string("fd://0")}) {
+        EXPECT_FALSE(IsStream(Locate(once))) << once;
+    }
+}
+
 TEST(Locate, SaysWhatIsWrongWithAFile) {
     TemporaryDirectory const directory;
     std::string const empty = directory / "empty.avi";

@@ -28,6 +28,13 @@ TEST(MakeResultLine, WritesAFrameWithoutObjects) {
         "\"objects\":[]}\n");
 }
 
+TEST(MakeResultLine, TellsForHowLongTheSourceWasAway) {
+    Frame const frame({}, media::ColourFormat::Grey8, 64, 48, media::TimePoint(std::chrono::seconds(5)), {}, {}, {});
+    EXPECT_EQ(MakeResultLine("rtsp://c", {1, frame, Result(), std::chrono::milliseconds(3250)}),
+              "{\"frame\":1,\"timestamp\":5000000000,\"gap\":3250000000,\"source\":\"rtsp://c\","
+              "\"resolution\":{\"width\":64,\"height\":48},\"objects\":[]}\n");
+}
+
 TEST(MakeResultLine, WritesTheBoxInSharesOfTheFrameAndInPixels) {
     EXPECT_EQ(
         LineOf({{{192, 144, 384, 576}, 1000, "person", 0.75F}, {{0, 0, 768, 1}, 3, "", 1}}),

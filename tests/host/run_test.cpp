@@ -8,6 +8,8 @@
 #include "error.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/test_video.hpp"
+#include "video_source.hpp"
+#include "working_frame.hpp"
 
 namespace qel::host {
 namespace {
@@ -160,6 +162,86 @@ TEST_F(Run, TellsTheErrorOfASinkThatCannotBeFinished) {
     RunReport const report = Start();
     EXPECT_EQ(ErrorOf(report), "not finished");
     EXPECT_EQ(report.frames, 6U);
+}
+
+/// Gives frames of given widths, some after a gap.
+class UnsteadySource final : public FrameSource {
+public:
+    struct Step {
+        unsigned int width;
+        std::optional<std::chrono::nanoseconds> gap{};
+    };
+
+    explicit UnsteadySource(std::vector<Step> steps) : steps_(std::move(steps)) {}
+
+    std::optional<Frame> Read() override {
+        if (next_ == steps_.size()) return std::nullopt;
+        pixels_ =
+            media::video::FrameBase<void>(media::ColourFormat::Grey8, steps_[next_++].width, 8, media::TimePoint(), {});
+        return MakeReadOnly(pixels_);
+    }
+    std::optional<std::chrono::nanoseconds> GetGap() const override { return steps_[next_ - 1].gap; }
+    Losses GetLosses() const override { return {.interruptions = 2, .away = std::chrono::seconds(3)}; }
+    geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept override { return {8, 8}; }
+    double GetFrameRate() const noexcept override { return 0; }
+    std::optional<std::uint64_t> GetExpectedFrames() const noexcept override { return std::nullopt; }
+    std::optional<std::string> GetWarning() const override { return std::nullopt; }
+
+private:
+    std::vector<Step> steps_;
+    std::size_t next_ = 0;
+    media::video::FrameBase<void> pixels_;
+};
+
+/// Notes the gaps that it is told of.
+class GapSink final : public FrameSink {
+public:
+    explicit GapSink(std::vector<std::uint64_t>& frames) : frames_(frames) {}
+
+    std::string GetStage() const override { return "gap"; }
+    void Take(AnalysedFrame const& analysed) override {
+        if (analysed.gap) frames_.push_back(analysed.index);
+    }
+    void Finish() override {}
+
+private:
+    std::vector<std::uint64_t>& frames_;
+};
+
+TEST(RunOfAnUnsteadySource, StartsAnewAfterAGapAndWithANewSize) {
+    using namespace std::chrono_literals;
+    UnsteadySource unsteady({{8}, {8}, {8, 5ns}, {8}, {16}, {16}, {8, 1ns}, {8}});
+    std::vector<std::size_t> startedAnewBefore;
+    std::size_t analysed = 0;
+    std::vector<std::uint64_t> gaps;
+    RunPlan plan{.source = unsteady,
+                 .analyse =
+                     [&](FrameSource::Frame const& frame, algorithm::video::Result&) {
+                         ++analysed;
+                         return frame;
+                     },
+                 .sinks = {},
+                 .startAnew = [&] { startedAnewBefore.push_back(analysed); }};
+    plan.sinks.push_back(std::make_unique<GapSink>(gaps));
+    RunReport const report = host::Run(plan);
+    EXPECT_EQ(report.frames, 8U);
+    EXPECT_THAT(startedAnewBefore, ElementsAre(2, 4, 6));
+    EXPECT_THAT(gaps, ElementsAre(2, 6));
+    EXPECT_EQ(report.losses.interruptions, 2U);
+    EXPECT_EQ(report.losses.away, 3s);
+}
+
+TEST(Summarise, TellsWhatWasLost) {
+    using namespace std::chrono_literals;
+    RunReport report;
+    report.losses = {.interruptions = 3, .stalls = 1, .returns = 2, .attempts = 7, .away = 12340ms, .droppedFrames = 5};
+    EXPECT_THAT(Summarise(report, "c"), testing::EndsWith("  lost: 3 interruptions (1 stall), back 2 times after 7 "
+                                                          "attempts, 12.34 s away, 5 frames dropped\n"));
+    report.losses = {.interruptions = 1, .attempts = 1, .away = 500ms};
+    EXPECT_THAT(Summarise(report, "c"), testing::EndsWith("\n  lost: 1 interruption (0 stalls), back 0 times after 1 "
+                                                          "attempt, 0.50 s away\n"));
+    report.losses = {.droppedFrames = 1};
+    EXPECT_THAT(Summarise(report, "c"), testing::EndsWith("\n  lost: 1 frame dropped\n"));
 }
 
 TEST(Summarise, CountsAndRates) {

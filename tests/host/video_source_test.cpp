@@ -181,6 +181,28 @@ TEST(VideoSource, PassesAChangeOfTheFrameSizeOn) {
     EXPECT_EQ(reading.frames[2].GetHeight(), 16U);
 }
 
+TEST(VideoSource, FollowsAChangeOfCodecAndSizeInTheMiddle) {
+    TemporaryDirectory const directory;
+    std::string const path = directory / "video.ogg";
+    std::string bytes;
+    unsigned int width = 64;
+    for (char const* encoder : {"theoraenc", "vp8enc", "theoraenc"}) {
+        test::WriteTestVideo(
+            path, {.width = width, .frames = 5, .encoder = std::string("videoconvert ! ") + encoder + " ! oggmux"},
+            [](test::Canvas&) {});
+        bytes += test::ReadFile(path);
+        width += 16;
+    }
+    test::WriteFile(path, bytes);
+    Reading const reading(path, ColourFormat::Grey8);
+    EXPECT_EQ(reading.error, "");
+    ASSERT_EQ(reading.frames.size(), 15U);
+    for (unsigned int i = 0; i < 15; ++i) {
+        EXPECT_EQ(reading.frames[i].GetWidth(), 64 + 16 * (i / 5));
+        EXPECT_EQ(reading.frames[i].GetTimestamp().time_since_epoch(), std::chrono::milliseconds(100 * i));
+    }
+}
+
 TEST(VideoSource, LeavesSoundAside) {
     TemporaryDirectory const directory;
     std::string const path = directory / "video.mkv";
@@ -273,6 +295,38 @@ TEST(VideoSource, GivesTheFramesOfACutFileAndThenAnError) {
         EXPECT_EQ(reading.error, "'" + path + "' is cut short: " + std::to_string(size / 4) +
                                      " bytes are missing at its end; " + std::to_string(reading.frames.size()) +
                                      " frames were read");
+    }
+}
+
+TEST(VideoSource, EndsACutFileWithAnErrorWhereverItIsCut) {
+    TemporaryDirectory const directory;
+    struct Case {
+        char const* name;
+        char const* encoder;
+    };
+    constexpr Case Cases[] = {
+        {"raw.avi", "video/x-raw ! avimux"},
+        {"jpeg.avi", "videoconvert ! jpegenc ! avimux"},
+        {"video.mkv", "matroskamux"},
+        {"video.mp4", "videoconvert ! x264enc key-int-max=10 ! mp4mux faststart=true"},
+        {"index_at_the_end.mp4", "videoconvert ! x264enc key-int-max=10 ! mp4mux"},
+    };
+    for (Case const& c : Cases) {
+        std::string const path = directory / c.name;
+        test::WriteMovingSquare(path, {.width = 128, .height = 48, .frames = 40, .encoder = c.encoder});
+        std::string const whole = test::ReadFile(path);
+        std::size_t last = 0;
+        for (std::size_t part = 3; part < 12; ++part) {
+            // Nowhere in particular: inside a frame, as a rule.
+            std::size_t const size = whole.size() * part / 12 + part;
+            SCOPED_TRACE(c.name + (" cut to " + std::to_string(size)));
+            test::WriteFile(path, std::string_view(whole).substr(0, size));
+            Reading const reading(path, ColourFormat::Grey8);
+            EXPECT_THAT(reading.error, StartsWith("'" + path + "' is cut short: "));
+            EXPECT_GE(reading.frames.size(), last);
+            EXPECT_LT(reading.frames.size(), 40U);
+            last = reading.frames.size();
+        }
     }
 }
 

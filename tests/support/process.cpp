@@ -82,6 +82,7 @@ Outcome RunProcess(Command const& command) {
     if (file >= 0) close(file);
 
     Outcome outcome;
+    bool tooLong = false;
     auto const deadline = std::chrono::steady_clock::now() + LongestRun;
     std::array<pollfd, 2> open{{{output.reader, POLLIN, 0}, {error.reader, POLLIN, 0}}};
     while (open[0].fd >= 0 || open[1].fd >= 0) {
@@ -90,13 +91,13 @@ Outcome RunProcess(Command const& command) {
         if (open[1].revents != 0 && !Drain(error.reader, outcome.error)) open[1].fd = -1;
         for (pollfd& entry : open) entry.revents = 0;
         if (command.watch) command.watch(child, outcome.error);
-        if (std::chrono::steady_clock::now() > deadline) kill(child, SIGKILL);
+        if (std::chrono::steady_clock::now() < deadline) continue;
+        tooLong = true;
+        kill(child, SIGKILL);
     }
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
-    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) {
-        throw std::runtime_error("the program took too long: " + outcome.error);
-    }
+    if (tooLong) throw std::runtime_error("the program took too long: " + outcome.error);
     outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     return outcome;
 }

@@ -1,5 +1,6 @@
 // Video algorithms with results that a test can foretell: "test.Threshold" finds the connected pixels of at least a
-// brightness, "test.Invert" turns every pixel into its complement, "test.Fail" fails on the third frame.
+// brightness, "test.Invert" turns every pixel into its complement, "test.Fail" fails on the third frame
+// since its start or reset.
 
 #include <atomic>
 #include <cstdint>
@@ -95,6 +96,8 @@ public:
     void Process(qel::media::video::FrameBase<void const> const&, video::Result&) override {
         if (++frames_ == 3) throw std::runtime_error("three is too many");
     }
+
+    void Reset() override { frames_ = 0; }
 
 private:
     int frames_ = 0;

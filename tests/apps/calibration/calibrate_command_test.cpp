@@ -1,9 +1,12 @@
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 #include "apps/calibration/program.hpp"
 #include "calibration/calibration_file.hpp"
@@ -102,6 +105,33 @@ TEST(QelCalibrate, WarnsOfAReferenceThatLooksWrong) {
     ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
     EXPECT_THAT(outcome.error, HasSubstr("qel: warning: vertical segment 5 looks wrong: the others make it 1."));
     EXPECT_THAT(outcome.output, HasSubstr("  looks wrong\n"));
+}
+
+TEST(QelCalibrate, LeavesTheOldFileOrTheNewOneWheneverItIsKilled) {
+    TemporaryDirectory const directory;
+    std::string const file = directory / "camera.json";
+    Command command;
+    command.program = QEL_TEST_PROGRAM;
+    command.arguments = With(MakeMarks(), {"--output", file});
+    auto const start = std::chrono::steady_clock::now();
+    ASSERT_EQ(RunProcess(command).exitCode, 0);
+    auto const whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+    std::string const written = ReadFile(file);
+    std::string const old(100000, 'x');
+    constexpr int Moments = 60;
+    for (int moment = 1; moment <= Moments; ++moment) {
+        WriteFile(file, old);
+        command.prepare = [&] {
+            // The timer outlives the change of the program; it kills as SIGKILL does, without a last word.
+            auto const wait = whole * moment / Moments;
+            itimerval const timer{{0, 0}, {wait.count() / 1000000, wait.count() % 1000000 + 1}};
+            setitimer(ITIMER_REAL, &timer, nullptr);
+        };
+        int const exitCode = RunProcess(command).exitCode;
+        EXPECT_TRUE(exitCode == 0 || exitCode == -SIGALRM) << exitCode;
+        std::string const content = ReadFile(file);
+        ASSERT_TRUE(content == (exitCode == 0 ? written : old) || content == written) << "killed at moment " << moment;
+    }
 }
 
 TEST(QelCalibrate, RefusesByNameAndWritesNothingWhereTheCameraIsNotDetermined) {
