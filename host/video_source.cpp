@@ -28,6 +28,8 @@ constexpr int PatienceAfterError = 40;
 constexpr int PatienceAfterLoss = 4;
 /// How many polls a file may be read by nobody. Some demuxers give a broken file up without a word.
 constexpr int PatienceWithRest = 20;
+/// How long a stream has at least for its first frame: to be reached, and to come to a picture that needs no other.
+constexpr std::chrono::nanoseconds LeastOpening = std::chrono::seconds(10);
 /// By how much the video may end before the longest stream of its file does.
 constexpr std::chrono::milliseconds LeastShortfall{1000};
 
@@ -168,9 +170,10 @@ std::optional<VideoSource::Frame> VideoSource::Impl::Pull() {
 }
 
 void VideoSource::Impl::CheckSilence(Clock::time_point since) const {
-    if (!isStream || silence <= silence.zero() || Clock::now() - since < silence) return;
+    auto const limit = frames == 0 ? std::max(silence, LeastOpening) : silence;
+    if (!isStream || silence <= silence.zero() || Clock::now() - since < limit) return;
     throw LostError("'" + location.name + "' fell silent: no frame for " +
-                        FormatNumber(std::chrono::duration<double>(silence).count(), 1) + " s after " +
+                        FormatNumber(std::chrono::duration<double>(limit).count(), 1) + " s after " +
                         std::to_string(frames) + (frames == 1 ? " frame" : " frames"),
                     true);
 }

@@ -23,7 +23,8 @@ class VideoSource final : public FrameSource {
 public:
     /// Opens the video and waits for its first frame.
     /// formats: what the frames may be, most wanted first. stop: asked while waiting; true ends the stream early.
-    /// silence: how long a stream may give no frame before it counts as lost; zero: for ever.
+    /// silence: how long a stream may give no frame before it counts as lost, at least 10 seconds for its first one;
+    /// zero: for ever.
     /// Throws LostError when a stream is not there, Error when there is no video to be had.
     VideoSource(Location location, std::vector<media::ColourFormat> const& formats, std::function<bool()> stop = {},
                 std::chrono::nanoseconds silence = {});

@@ -50,6 +50,8 @@ struct Results {
     }
 };
 
+void Interrupt(pid_t process) { kill(process, SIGINT); }
+
 class QelRunOfAStream : public testing::Test {
 protected:
     Outcome Run(std::vector<std::string> const& more) {
@@ -87,26 +89,28 @@ TEST_F(QelRunOfAStream, GoesOnWhenItsServerIsKilledAndComesBackWithAnotherCodec)
               [this](pid_t) {
                   camera.Start({"--codec", "jpeg", "--transport", "tcp"});
               })
-        .When(HasLines(results, 40), [this](pid_t) { camera.Kill(); })
-        .When(HasSaid("trying again", 3), [this](pid_t) { camera.Start(); });
-    Outcome const outcome = Run({"--reconnect", "-n", "60", "--annotate", annotated});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        .When(HasSaid("is back after"), [this](pid_t) { camera.Kill(); })
+        .When(HasSaid("trying again", 3), [this](pid_t) { camera.Start(); })
+        .When(HasSaid("is back after", 2), Interrupt);
+    Outcome const outcome = Run({"--reconnect", "--annotate", annotated});
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.error;
     Results const read(results);
-    EXPECT_EQ(read.frames, 60U);
+    EXPECT_GE(read.frames, 22U);
     EXPECT_EQ(read.gaps, 2U);
     EXPECT_THAT(outcome.error, HasSubstr("qel: warning: '" + camera.GetUri() + "' was lost after frame "));
     EXPECT_THAT(outcome.error, HasSubstr("qel: warning: '" + camera.GetUri() + "' is back after "));
     EXPECT_THAT(outcome.error, HasSubstr("\n  lost: 2 interruptions (0 stalls), back 2 times after "));
-    ExpectVideo(annotated, 60);
+    ExpectVideo(annotated, read.frames);
 }
 
 TEST_F(QelRunOfAStream, GoesOnWhenItsServerFallsSilent) {
     watcher.When(HasLines(results, 10), [this](pid_t) { camera.Say("stall"); })
-        .When(HasSaid("fell silent: no frame for 3.0 s after "), [this](pid_t) { camera.Say("go"); });
-    Outcome const outcome = Run({"--reconnect", "--stall-timeout", "3", "-n", "30"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        .When(HasSaid("fell silent: no frame for 3.0 s after "), [this](pid_t) { camera.Say("go"); })
+        .When(HasSaid("is back after"), Interrupt);
+    Outcome const outcome = Run({"--reconnect", "--stall-timeout", "3"});
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.error;
     Results const read(results);
-    EXPECT_EQ(read.frames, 30U);
+    EXPECT_GE(read.frames, 11U);
     EXPECT_GE(read.gaps, 1U);
     EXPECT_THAT(outcome.error, HasSubstr("back " + std::to_string(read.gaps) + " time"));
     EXPECT_THAT(outcome.error, Not(HasSubstr("(0 stalls)")));
@@ -114,15 +118,15 @@ TEST_F(QelRunOfAStream, GoesOnWhenItsServerFallsSilent) {
 
 TEST_F(QelRunOfAStream, FollowsAChangeOfTheResolution) {
     watcher.When(HasLines(results, 10), [this](pid_t) { camera.Say("size 160 200"); })
-        .When(HasLines(results, 50), [this](pid_t) { camera.Say("size 400 100"); });
-    Outcome const outcome = Run({"-n", "90", "--annotate", annotated, "--snapshot", directory / "sheet.png"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        .When(HasText(results, R"("width":160)"), [this](pid_t) { camera.Say("size 400 100"); })
+        .When(HasText(results, R"("width":400)"), Interrupt);
+    Outcome const outcome = Run({"--annotate", annotated, "--snapshot", directory / "sheet.png"});
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.error;
     // Frames may be dropped on a machine that is busy.
     EXPECT_THAT(outcome.error, Not(HasSubstr("interruption")));
     Results const read(results);
-    EXPECT_EQ(read.frames, 90U);
     EXPECT_THAT(read.sizes, testing::ElementsAre(std::pair(320, 240), std::pair(160, 200), std::pair(400, 100)));
-    ExpectVideo(annotated, 90);
+    ExpectVideo(annotated, read.frames);
 }
 
 TEST_F(QelRunOfAStream, EndsWithAnErrorAndWholeFilesWhenItsServerIsKilled) {
@@ -145,10 +149,10 @@ TEST_F(QelRunOfAStream, EndsWithAnErrorAndWholeFilesWhenItsServerIsKilled) {
 
 TEST_F(QelRunOfAStream, EndsWithAnErrorWhenItsServerFallsSilent) {
     watcher.When(HasLines(results, 10), [this](pid_t) { camera.Say("stall"); });
-    Outcome const outcome = Run({"-q", "--stall-timeout", "2"});
+    Outcome const outcome = Run({"-q", "--stall-timeout", "4"});
     EXPECT_EQ(outcome.exitCode, 1);
     Results const read(results);
-    EXPECT_EQ(outcome.error, "qel: '" + camera.GetUri() + "' fell silent: no frame for 2.0 s after " +
+    EXPECT_EQ(outcome.error, "qel: '" + camera.GetUri() + "' fell silent: no frame for 4.0 s after " +
                                  std::to_string(read.frames) + " frames\n");
 }
 
@@ -160,13 +164,13 @@ TEST_F(QelRunOfAStream, EndsWithItsStreamUnlessItReconnects) {
     EXPECT_GE(Results(results).frames, 10U);
 
     WriteFile(results, "");
-    watcher = Watcher().When(HasLines(results, 10), [this](pid_t) { camera.Say("end"); });
-    outcome = Run({"-q", "--reconnect", "-n", "60"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    watcher = Watcher()
+                  .When(HasLines(results, 10), [this](pid_t) { camera.Say("end"); })
+                  .When(HasSaid("is back after"), Interrupt);
+    outcome = Run({"-q", "--reconnect"});
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.error;
     EXPECT_THAT(outcome.error, StartsWith("qel: warning: '" + camera.GetUri() + "' ended; trying again in 0."));
-    Results const read(results);
-    EXPECT_EQ(read.frames, 60U);
-    EXPECT_EQ(read.gaps, 1U);
+    EXPECT_EQ(Results(results).gaps, 1U);
 }
 
 TEST_F(QelRunOfAStream, WaitsForACameraThatIsNotThereYet) {
@@ -192,8 +196,7 @@ TEST_F(QelRunOfAStream, GivesUpAfterTheAttemptsThatItIsAllowed) {
 }
 
 TEST_F(QelRunOfAStream, EndsInOrderWhenItIsInterruptedWhileItsServerIsAway) {
-    watcher.When(HasLines(results, 10), [this](pid_t) { camera.Kill(); })
-        .When(HasSaid("trying again", 3), [](pid_t process) { kill(process, SIGINT); });
+    watcher.When(HasLines(results, 10), [this](pid_t) { camera.Kill(); }).When(HasSaid("trying again", 3), Interrupt);
     Outcome const outcome = Run({"--reconnect", "--annotate", annotated});
     EXPECT_EQ(outcome.exitCode, 130);
     Results const read(results);

@@ -13,6 +13,10 @@ Watcher::Condition HasLines(std::string const& path, std::size_t count) {
     };
 }
 
+Watcher::Condition HasText(std::string const& path, std::string const& text) {
+    return [=](std::string const&) { return ReadFile(path).find(text) != std::string::npos; };
+}
+
 Watcher::Condition HasSaid(std::string const& text, std::size_t times) {
     return [=](std::string const& error) {
         std::size_t found = 0;

@@ -36,6 +36,8 @@ private:
 
 /// Whether a file has so many lines by now.
 Watcher::Condition HasLines(std::string const& path, std::size_t count);
+/// Whether a file holds a text by now.
+Watcher::Condition HasText(std::string const& path, std::string const& text);
 /// Whether the program has said something on its standard error output, so many times.
 Watcher::Condition HasSaid(std::string const& text, std::size_t times = 1);
 

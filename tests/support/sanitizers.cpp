@@ -22,6 +22,8 @@ char const* __lsan_default_suppressions() {
         "leak:ld-linux-x86-64\n"
         "leak:g_quark_from_static_string\n"
         "leak:g_quark_from_string\n"
+        "leak:g_intern_string\n"
+        "leak:g_intern_static_string\n"
         // Fonts and their configuration, which cairo and fontconfig keep until the process ends.
         "leak:libfontconfig\n";
 }
@@ -36,6 +38,8 @@ char const* __tsan_default_suppressions() {
         "deadlock:libgstreamer-1.0.so\n"
         "deadlock:libavcodec.so\n"
         // Frees, on a thread of GStreamer, pixels that came there through one of its queues.
-        "race:DeletePixels\n";
+        "race:DeletePixels\n"
+        // Numbers frames, on a thread of GStreamer, that come to the reader through one of its queues.
+        "race:NumberFrame\n";
 }
 }
