@@ -1,21 +1,21 @@
 #include "tree_lock.hpp"
 
 #include <mutex>
+#include <type_traits>
 
 namespace qel::configuration::detail {
 
 namespace {
 
-std::mutex& Mutex() noexcept {
-    // Never destroyed: trees in static objects may go after everything of this file.
-    static auto* const mutex = new std::mutex;
-    return *mutex;
-}
+// Needs neither memory nor a destructor: trees in static objects may be made before and go after everything of this
+// file.
+constinit std::mutex Mutex;
+static_assert(std::is_trivially_destructible_v<std::mutex>);
 
 }  // namespace
 
-TreeLock::TreeLock() { Mutex().lock(); }
+TreeLock::TreeLock() { Mutex.lock(); }
 
-TreeLock::~TreeLock() { Mutex().unlock(); }
+TreeLock::~TreeLock() { Mutex.unlock(); }
 
 }  // namespace qel::configuration::detail
