@@ -78,15 +78,17 @@ private:
     /// Marks a column of each run that has to be looked at, and the runs that start records.
     [[gnu::always_inline]] void FindTouched() {
         Lane const* const above = rows_.abovePixels;
+        Lane const* const aboveLeft = above - 1;
         Lane const* const begins = rows_.aboveBegins;
         Lane const* const pixels = rows_.pixels;
+        Lane const* const left = pixels - 1;
         for (std::size_t i = 0; i < lanes_; ++i) {
-            Lane const starts = pixels[i] & ~(pixels[i] >> 1U | pixels[i - 1] << 63U);
+            Lane const starts = pixels[i] & ~(pixels[i] >> 1U | left[i] << 63U);
             if constexpr (CombineBlob == CombineBlob4Way) {
                 rows_.fresh[i] = starts & ~above[i];
                 rows_.touched[i] = rows_.fresh[i] | (begins[i] & pixels[i] & ~starts);
             } else {
-                Lane const upLeft = above[i] >> 1U | above[i - 1] << 63U;
+                Lane const upLeft = above[i] >> 1U | aboveLeft[i] << 63U;
                 Lane const upRight = above[i] << 1U | above[i + 1] >> 63U;
                 // A segment comes into view a column before it begins. The run's first pixel sees it and another one
                 // where that has a pixel straight above or on the left above.
