@@ -79,13 +79,12 @@ constexpr std::array All{
             LabelRunsAvx512<CombineBlob8Way>, LabelBulkAvx512<CombineBlob4Way>, LabelBulkAvx512<CombineBlob8Way>}};
 
 std::size_t CountSupported() {
-    bool const avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-                      __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
-    if (!avx2) return 1;
-    bool const avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi2") &&
-                        __builtin_cpu_supports("avx512vpopcntdq");
-    return avx512 ? 3 : 2;
+    bool const avx2 = (__builtin_cpu_supports("avx2") != 0) & (__builtin_cpu_supports("bmi") != 0) &
+                      (__builtin_cpu_supports("bmi2") != 0) & (__builtin_cpu_supports("popcnt") != 0);
+    bool const avx512 = avx2 & (__builtin_cpu_supports("avx512f") != 0) & (__builtin_cpu_supports("avx512bw") != 0) &
+                        (__builtin_cpu_supports("avx512vl") != 0) & (__builtin_cpu_supports("avx512vbmi2") != 0) &
+                        (__builtin_cpu_supports("avx512vpopcntdq") != 0);
+    return 1U + static_cast<std::size_t>(avx2) + static_cast<std::size_t>(avx512);
 }
 
 #else

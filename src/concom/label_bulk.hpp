@@ -4,13 +4,20 @@
 
 namespace qel::algorithm::concom {
 
+/// The first set pixel at column or right of it. Requires one.
+[[gnu::always_inline]] inline std::uint32_t FindNextSet(Lane const* pixels, std::uint32_t column) {
+    std::uint32_t i = column / 64;
+    Lane lane = pixels[i] & (~Lane{0} >> (column & 63U));
+    while (lane == 0) lane = pixels[++i];
+    return 64 * i + static_cast<std::uint32_t>(std::countl_zero(lane));
+}
+
 /// The first set pixel of columns first to end - 1, or end.
 [[gnu::always_inline]] inline std::uint32_t FindSet(Lane const* pixels, std::uint32_t first, std::uint32_t end) {
-    Lane lane = pixels[first / 64] & (~Lane{0} >> (first & 63U));
-    for (std::uint32_t i = first / 64;; lane = pixels[++i]) {
-        if (lane != 0) return std::min(end, 64 * i + static_cast<std::uint32_t>(std::countl_zero(lane)));
-        if (64 * (i + 1) >= end) return end;
-    }
+    std::uint32_t i = first / 64;
+    Lane lane = pixels[i] & (~Lane{0} >> (first & 63U));
+    while (lane == 0 && 64 * (i + 1) < end) lane = pixels[++i];
+    return std::min(end, 64 * i + static_cast<std::uint32_t>(std::countl_zero(lane)));
 }
 
 /// The last set pixel at column or left of it. Requires one.
@@ -71,6 +78,8 @@ public:
         }
         LabelUpTo(rows_.width);
         out_[0] = out_[1] = Guard;
+        std::swap(rows_.aboveBegins, rows_.begins);
+        std::swap(rows_.abovePixels, rows_.pixels);
         rows_.Advance();
     }
 
@@ -136,7 +145,7 @@ private:
     [[gnu::always_inline]] void CountOnSegment(std::uint32_t end) {
         std::uint32_t const rank = Rank(end);
         if (rank != rank_) {
-            std::uint32_t const first = FindSet(rows_.pixels, done_, end);
+            std::uint32_t const first = FindNextSet(rows_.pixels, done_);
             InternalBlob& blob = rows_.records.blobs[above_->label];
             BlobRecords::UpdateBlob(blob, rank - rank_, first, FindLastSet(rows_.pixels, end - 1) + 1, y_);
             Append(first, above_->label);
@@ -157,7 +166,7 @@ private:
         bool const fresh = (rows_.fresh[first / 64] & ColumnBit(first)) != 0;
         std::uint32_t const firstSeen = first + CombineBlob + 1;
         std::uint32_t const seen = fresh ? FindSet(rows_.abovePixels, firstSeen, end + CombineBlob)
-                                         : FindSet(rows_.abovePixels, first - (first != 0 ? CombineBlob : 0), end + 1);
+                                         : FindNextSet(rows_.abovePixels, std::max(first, CombineBlob) - CombineBlob);
         std::uint32_t label = rows_.records.Start(first, y_, fresh ? 1 : 0);
         if (fresh && seen == end + CombineBlob) {
             LabelPart(first, end, label);

@@ -51,6 +51,7 @@ template <std::uint32_t CombineBlob, EdgeScan Scan>
         empty = out == rows.current;
         out[0] = out[1] = Guard;
         rows.records.count = count;
+        std::swap(rows.scan.aboveEnds, rows.scan.ends);
         rows.Advance();
     }
 }

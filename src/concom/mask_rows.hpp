@@ -30,12 +30,9 @@ constexpr Segment Guard{std::numeric_limits<std::uint32_t>::max() - 1, 0};
 
 /// A mask that is being labelled: the row above, which has been, and the current row, which is next.
 struct MaskRows {
-    /// Makes the current row, now labelled, the one above.
+    /// Makes the current row, now labelled, the one above; what one manner of labelling needs is left to it.
     [[gnu::always_inline]] void Advance() {
         std::swap(above, current);
-        std::swap(scan.aboveEnds, scan.ends);
-        std::swap(aboveBegins, begins);
-        std::swap(abovePixels, pixels);
         ++y;
     }
 
