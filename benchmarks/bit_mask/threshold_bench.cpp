@@ -78,7 +78,7 @@ void RegisterThreshold(Size size) {
             benchmark::ClobberMemory();
         }
     });
-    benchmark::RegisterBenchmark((name + "/scalar-8").c_str(), [=](benchmark::State& state) {
+    benchmark::RegisterBenchmark((name + "/eight-at-once").c_str(), [=](benchmark::State& state) {
         BitMask out(size);
         for (auto _ : state) {
             PackEightAtOnce(*image, 100, out);

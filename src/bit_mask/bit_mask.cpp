@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "bit_mask/clip.hpp"
+#include "bit_mask/combine_kernels.hpp"
 
 namespace qel::algorithm {
 namespace {
@@ -14,14 +15,10 @@ bool IsEmpty(BitMask const& mask) {
 }
 
 /// Combines word by word. A store that its owner made shorter than its size bounds the loop.
-template <class Operation>
-void Combine(BitMask& mask, BitMask const& other, Operation operation) {
+void Combine(BitMask& mask, BitMask const& other, bit_mask::CombineKernel kernel) {
     if (mask.GetSize() != other.GetSize()) throw std::invalid_argument("BitMask dimensions must match");
     if (IsEmpty(mask) || IsEmpty(other)) throw std::invalid_argument("Empty BitMask");
-    std::size_t const count = std::min(mask.GetData().size(), other.GetData().size());
-    std::uint32_t* const words = mask.GetData().data();
-    std::uint32_t const* const others = other.GetData().data();
-    for (std::size_t i = 0; i < count; ++i) words[i] = operation(words[i], others[i]);
+    kernel(mask.GetData().data(), other.GetData().data(), std::min(mask.GetData().size(), other.GetData().size()));
 }
 
 }  // namespace
@@ -58,17 +55,11 @@ void BitMask::EraseRect(geometry::Rectangle<unsigned int> const& rect, unsigned 
               value);
 }
 
-void BitMask::Union(BitMask const& other) {
-    Combine(*this, other, [](std::uint32_t a, std::uint32_t b) { return a | b; });
-}
+void BitMask::Union(BitMask const& other) { Combine(*this, other, bit_mask::GetCombineKernels().unite); }
 
-void BitMask::Difference(BitMask const& other) {
-    Combine(*this, other, [](std::uint32_t a, std::uint32_t b) { return a & ~b; });
-}
+void BitMask::Difference(BitMask const& other) { Combine(*this, other, bit_mask::GetCombineKernels().subtract); }
 
-void BitMask::Intersection(BitMask const& other) {
-    Combine(*this, other, [](std::uint32_t a, std::uint32_t b) { return a & b; });
-}
+void BitMask::Intersection(BitMask const& other) { Combine(*this, other, bit_mask::GetCombineKernels().intersect); }
 
 std::ostream& operator<<(std::ostream& stream, BitMask const& mask) {
     return stream << "{\"size\":" << mask.GetSize() << '}';
