@@ -20,15 +20,15 @@ namespace qel::algorithm::bit_mask {
 namespace {
 
 /// The bits of each byte, then the bytes, turned round.
-[[gnu::always_inline]] inline std::uint32_t Reverse(std::uint32_t word) {
+std::uint32_t Reverse(std::uint32_t word) {
     word = (word >> 1 & 0x55555555U) | (word & 0x55555555U) << 1;
     word = (word >> 2 & 0x33333333U) | (word & 0x33333333U) << 2;
     word = (word >> 4 & 0x0F0F0F0FU) | (word & 0x0F0F0F0FU) << 4;
     return __builtin_bswap32(word);
 }
 
-[[gnu::always_inline]] inline void LoadBody(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words,
-                                            Lane* fillable, Lane* region, std::size_t pitch) {
+void LoadPlain(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words, Lane* fillable, Lane* region,
+               std::size_t pitch) {
     for (std::size_t i = 0; i < pitch; ++i) fillable[i] = region[i] = 0;
     for (std::size_t i = 0; i < words / 2; ++i) {
         fillable[i] = Reverse(src[2 * i] & ~dst[2 * i]) | Lane{Reverse(src[2 * i + 1] & ~dst[2 * i + 1])} << 32U;
@@ -36,7 +36,7 @@ namespace {
     if (words % 2 != 0) fillable[words / 2] = Reverse(src[words - 1] & ~dst[words - 1]);
 }
 
-[[gnu::always_inline]] inline void StoreBody(Lane const* region, std::uint32_t* dst, std::size_t words) {
+void StorePlain(Lane const* region, std::uint32_t* dst, std::size_t words) {
     for (std::size_t i = 0; i < words / 2; ++i) {
         dst[2 * i] |= Reverse(static_cast<std::uint32_t>(region[i]));
         dst[2 * i + 1] |= Reverse(static_cast<std::uint32_t>(region[i] >> 32U));
@@ -45,8 +45,8 @@ namespace {
 }
 
 /// Writes to seeds the region and what touches it in the rows above and below; false when nothing does.
-[[gnu::always_inline]] inline bool FindSeeds(Lane const* above, Lane const* below, Lane const* fillable,
-                                             Lane const* region, Lane* seeds, std::size_t lanes) {
+bool FindSeeds(Lane const* above, Lane const* below, Lane const* fillable, Lane const* region, Lane* seeds,
+               std::size_t lanes) {
     Lane any = 0;
     --above;
     --below;
@@ -62,7 +62,7 @@ namespace {
     return any != 0;
 }
 
-inline void FillRightwards(Lane const* fillable, Lane* seeds, std::size_t lanes) {
+void FillRightwards(Lane const* fillable, Lane* seeds, std::size_t lanes) {
     __extension__ using TwoLanes = unsigned __int128;
     Lane carry = 0;
     for (std::size_t i = 0; i < lanes; ++i) {
@@ -73,7 +73,7 @@ inline void FillRightwards(Lane const* fillable, Lane* seeds, std::size_t lanes)
 }
 
 /// Each lane by itself; ending receives the run that the lane ends with.
-[[gnu::always_inline]] inline void FillLeftwards(Lane const* fillable, Lane* seeds, Lane* ending, std::size_t lanes) {
+void FillLeftwards(Lane const* fillable, Lane* seeds, Lane* ending, std::size_t lanes) {
     for (std::size_t i = 0; i < lanes; ++i) {
         // Doubling the distance that seeds and the lane's last pixel reach over fillable ones: 1, 2, 4, ... 32.
         Lane passable = fillable[i];
@@ -89,8 +89,8 @@ inline void FillRightwards(Lane const* fillable, Lane* seeds, std::size_t lanes)
     }
 }
 
-[[gnu::always_inline]] inline std::size_t GrowBody(Lane const* above, Lane const* below, Lane const* fillable,
-                                                   Lane* region, Lane* scratch, std::size_t lanes) {
+std::size_t GrowPlain(Lane const* above, Lane const* below, Lane const* fillable, Lane* region, Lane* scratch,
+                      std::size_t lanes) {
     if (!FindSeeds(above, below, fillable, region, scratch, lanes)) return 0;
     Lane *const filled = scratch, *const ending = scratch + lanes;
     FillRightwards(fillable, filled, lanes);
@@ -108,36 +108,9 @@ inline void FillRightwards(Lane const* fillable, Lane* seeds, std::size_t lanes)
     return changed;
 }
 
-void LoadPlain(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words, Lane* fillable, Lane* region,
-               std::size_t pitch) {
-    LoadBody(src, dst, words, fillable, region, pitch);
-}
-
-std::size_t GrowPlain(Lane const* above, Lane const* below, Lane const* fillable, Lane* region, Lane* scratch,
-                      std::size_t lanes) {
-    return GrowBody(above, below, fillable, region, scratch, lanes);
-}
-
-void StorePlain(Lane const* region, std::uint32_t* dst, std::size_t words) { StoreBody(region, dst, words); }
-
 #if defined(__x86_64__)
 
-#define QEL_TARGET_AVX2 gnu::target("avx2")
 #define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi,avx512vbmi2,gfni")
-
-[[QEL_TARGET_AVX2]] void LoadAvx2(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words, Lane* fillable,
-                                  Lane* region, std::size_t pitch) {
-    LoadBody(src, dst, words, fillable, region, pitch);
-}
-
-[[QEL_TARGET_AVX2]] std::size_t GrowAvx2(Lane const* above, Lane const* below, Lane const* fillable, Lane* region,
-                                         Lane* scratch, std::size_t lanes) {
-    return GrowBody(above, below, fillable, region, scratch, lanes);
-}
-
-[[QEL_TARGET_AVX2]] void StoreAvx2(Lane const* region, std::uint32_t* dst, std::size_t words) {
-    StoreBody(region, dst, words);
-}
 
 /// The matrix that turns the bits of a byte round.
 constexpr long long ReversingMatrix = static_cast<long long>(0x8040201008040201ULL);
@@ -230,14 +203,12 @@ constexpr long long ReversingMatrix = static_cast<long long>(0x8040201008040201U
 }
 
 constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, StorePlain},
-                             LaneKernels{"avx2", LoadAvx2, GrowAvx2, StoreAvx2},
                              LaneKernels{"avx512", LoadAvx512, GrowAvx512, StoreAvx512}};
 
 std::size_t CountSupported() {
-    if (!__builtin_cpu_supports("avx2")) return 1;
     bool const wide = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi") &&
                       __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("gfni");
-    return wide ? 3 : 2;
+    return wide ? 2 : 1;
 }
 
 #else

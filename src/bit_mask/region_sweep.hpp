@@ -65,11 +65,12 @@ template <class Push>
 void RegionSweep::ForEachOpenRun(Push push) const {
     for (std::size_t row = 0; row < height_; ++row) {
         if (!rows_[row].open) continue;
-        Lane const *const above = Region(row) - pitch_, *const below = Region(row) + pitch_;
+        // From the lane before the row on.
+        Lane const *const above = Region(row) - pitch_ - 1, *const below = Region(row) + pitch_ - 1;
         Lane previousSeeds = 0;
         for (std::size_t i = 0; i < lanes_; ++i) {
-            Lane const previous = above[i - 1] | below[i - 1], current = above[i] | below[i],
-                       next = above[i + 1] | below[i + 1];
+            Lane const previous = above[i] | below[i], current = above[i + 1] | below[i + 1],
+                       next = above[i + 2] | below[i + 2];
             Lane const touched = current | current << 1U | previous >> 63U | current >> 1U | next << 63U;
             Lane const seeds = touched & Fillable(row)[i] & ~Region(row)[i];
             for (Lane starts = seeds & ~(seeds << 1U | previousSeeds >> 63U); starts != 0; starts &= starts - 1) {

@@ -7,11 +7,6 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
-#if defined(__GNUC__) && !defined(__clang__)
-// g++ 12 warns of registers that its own header leaves undefined on purpose.
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
 #endif
 
 namespace qel::algorithm::bit_mask {
@@ -29,7 +24,6 @@ void PackPlain(std::uint8_t const* pixels, std::size_t width, std::uint8_t thres
 #if defined(__x86_64__)
 
 #define QEL_TARGET_AVX2 gnu::target("avx2")
-#define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw")
 
 [[QEL_TARGET_AVX2, gnu::always_inline]] inline std::uint32_t Pack32(__m256i pixels, __m256i least) {
     __m256i const turn =
@@ -56,27 +50,10 @@ void PackPlain(std::uint8_t const* pixels, std::size_t width, std::uint8_t thres
     *words = Pack32(_mm256_load_si256(reinterpret_cast<__m256i const*>(rest)), least);
 }
 
-[[QEL_TARGET_AVX512]] void PackAvx512(std::uint8_t const* pixels, std::size_t width, std::uint8_t threshold,
-                                      std::uint32_t* words) {
-    __m512i const turn = _mm512_broadcast_i32x4(_mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
-    __m512i const limit = _mm512_set1_epi8(static_cast<char>(threshold));
-    for (std::size_t x = 0; x < width; x += 64, words += 2) {
-        std::size_t const left = width - x;
-        __mmask64 const lanes = left < 64 ? (std::uint64_t{1} << left) - 1 : ~std::uint64_t{0};
-        __m512i const loaded = _mm512_maskz_loadu_epi8(lanes, pixels + x);
-        __m512i const turned = _mm512_shuffle_epi8(_mm512_shuffle_i32x4(loaded, loaded, 0xB1), turn);
-        std::uint64_t const bits = _mm512_cmpgt_epu8_mask(turned, limit);
-        std::memcpy(words, &bits, left > 32 ? 8 : 4);
-    }
-}
+// Twice as wide it takes as long: images come from memory.
+constexpr std::array Kernels{NamedThresholdKernel{"plain", PackPlain}, NamedThresholdKernel{"avx2", PackAvx2}};
 
-constexpr std::array Kernels{NamedThresholdKernel{"plain", PackPlain}, NamedThresholdKernel{"avx2", PackAvx2},
-                             NamedThresholdKernel{"avx512", PackAvx512}};
-
-std::size_t CountSupported() {
-    if (!__builtin_cpu_supports("avx2")) return 1;
-    return __builtin_cpu_supports("avx512bw") ? 3 : 2;
-}
+std::size_t CountSupported() { return __builtin_cpu_supports("avx2") ? 2 : 1; }
 
 #else
 
