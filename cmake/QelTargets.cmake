@@ -43,13 +43,15 @@ function(qel_algorithm_part name)
 endfunction()
 
 # qel_plugin(<name> SOURCES ... [LIBS ...])
-# The plug-in libqel_algorithm_<name>.so, built against public headers only, beside libqel_algorithm.so.
+# The plug-in libqel_algorithm_<name>.so, built against public headers only, beside libqel_algorithm.so. QEL_VERSION is
+# the project's version as a text.
 function(qel_plugin name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
   set(target qel_algorithm_${name})
   add_library(${target} MODULE ${arg_SOURCES})
   target_link_libraries(${target} PRIVATE qel_settings qel::algorithm ${arg_LIBS})
   target_include_directories(${target} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_compile_definitions(${target} PRIVATE "QEL_VERSION=\"${PROJECT_VERSION}\"")
   set_property(GLOBAL APPEND PROPERTY QEL_INSTALL_PLUGINS ${target})
   set_property(GLOBAL APPEND PROPERTY QEL_PLUGINS ${target})
 endfunction()

@@ -9,9 +9,10 @@
 
 namespace qel::host {
 
-AlgorithmChain::AlgorithmChain(std::vector<hash::MurmurThree32> const& ids, std::vector<Setting> const& settings) {
+AlgorithmChain::AlgorithmChain(Runtime& runtime, std::vector<hash::MurmurThree32> const& ids,
+                               std::vector<Setting> const& settings) {
     for (hash::MurmurThree32 const id : ids) {
-        algorithms_.push_back(std::make_unique<ConfiguredAlgorithm>(id));
+        algorithms_.push_back(std::make_unique<ConfiguredAlgorithm>(runtime, id));
         if (std::count(ids.begin(), ids.end(), id) > 1) {
             throw UsageError("the algorithm '" + algorithms_.back()->GetName() + "' is named twice");
         }

@@ -8,6 +8,7 @@
 #include "qel/algorithm/video/result.hpp"
 #include "qel/hash/murmur_three_32.hpp"
 #include "qel/media/colour_format.hpp"
+#include "runtime.hpp"
 #include "setting.hpp"
 #include "working_frame.hpp"
 
@@ -19,10 +20,10 @@ class AlgorithmChain {
 public:
     using Frame = WorkingFrame::Frame;
 
-    /// settings: "property", or "algorithm.property" where several algorithms have one of that name.
-    /// Throws UsageError for a wrong or ambiguous setting, for an algorithm that is there twice, and for algorithms
-    /// without a colour format in common; Error when one cannot be made.
-    AlgorithmChain(std::vector<hash::MurmurThree32> const& ids, std::vector<Setting> const& settings);
+    /// runtime: outlives the chain. settings: "property", or "algorithm.property" where several algorithms have one of
+    /// that name. Throws UsageError for a wrong or ambiguous setting, for an algorithm that is there twice, and for
+    /// algorithms without a colour format in common; Error when one cannot be made.
+    AlgorithmChain(Runtime& runtime, std::vector<hash::MurmurThree32> const& ids, std::vector<Setting> const& settings);
 
     /// The formats that all of them accept, in the order of the first one's preference.
     std::vector<media::ColourFormat> const& GetColourFormats() const noexcept { return formats_; }

@@ -23,20 +23,21 @@ namespace {
 
 namespace video = algorithm::video;
 
-AlgorithmDescription Describe(video::registry::Info const& info, inference::backend::Manager& manager) {
+AlgorithmDescription Describe(video::registry::Info const& info, Runtime& runtime) {
     AlgorithmDescription description;
     description.typeName = info.GetTypeName();
     // The name is a literal of the plug-in: where it lies tells the file.
     description.file = system::plugin::FindFile(info.GetTypeName()).string();
     try {
-        auto const algorithm = info.GetMake()(manager);
+        auto const algorithm = info.GetMake()(runtime.GetManager());
         if (!algorithm) throw Error("its factory gives nothing");
         description.kind = GetKind(*algorithm);
         for (media::ColourFormat const format : algorithm->GetSupportedColourFormats()) {
             description.colourFormats.push_back(type::ToString(format));
         }
+        // A map that stands alone: a list needs nothing published, and no warning of models that are missing.
         auto const map = configuration::node::Map::Make(std::string(GetShortName(info.GetTypeName())));
-        info.CreateConfigNodes(manager, map);
+        info.CreateConfigNodes(runtime.GetManager(), map);
         boost::json::value const schema = boost::json::parse(configuration::json::Schema(*map));
         if (auto const* const properties = schema.as_object().if_contains("properties")) {
             description.properties = properties->as_object();
@@ -87,11 +88,11 @@ std::string GetKind(video::Algorithm const& algorithm) {
     return type::ToString(type);
 }
 
-std::vector<AlgorithmDescription> DescribeAlgorithms(inference::backend::Manager& manager) {
+std::vector<AlgorithmDescription> DescribeAlgorithms(Runtime& runtime) {
     std::vector<AlgorithmDescription> descriptions;
     {
         auto const map = video::registry::Get().GetMap();
-        for (auto const& [id, info] : *map) descriptions.push_back(Describe(info, manager));
+        for (auto const& [id, info] : *map) descriptions.push_back(Describe(info, runtime));
     }
     std::sort(descriptions.begin(), descriptions.end(),
               [](auto const& left, auto const& right) { return left.typeName < right.typeName; });

@@ -9,7 +9,7 @@
 
 #include "qel/algorithm/video/algorithm.hpp"
 #include "qel/hash/murmur_three_32.hpp"
-#include "qel/inference/backend/manager.hpp"
+#include "runtime.hpp"
 
 namespace qel::host {
 
@@ -37,8 +37,8 @@ struct AlgorithmDescription {
 /// The last part of a dotted type name: "Motion" of "qel.algorithm.video.Motion".
 std::string_view GetShortName(std::string_view typeName) noexcept;
 
-/// All registered algorithms, in the order of their type names.
-std::vector<AlgorithmDescription> DescribeAlgorithms(inference::backend::Manager& manager);
+/// All registered algorithms, in the order of their type names; nothing is published.
+std::vector<AlgorithmDescription> DescribeAlgorithms(Runtime& runtime);
 
 /// "inplace", "passthrough" or "transform".
 std::string GetKind(algorithm::video::Algorithm const& algorithm);

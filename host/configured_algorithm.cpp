@@ -12,20 +12,19 @@ namespace qel::host {
 namespace {
 
 namespace video = algorithm::video;
-namespace node = configuration::node;
 
 }  // namespace
 
-ConfiguredAlgorithm::ConfiguredAlgorithm(hash::MurmurThree32 id) : root_(node::Map::Make("")) {
+ConfiguredAlgorithm::ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id) {
     try {
-        Make(id);
+        Make(runtime, id);
     } catch (std::exception const& error) {
         throw Error("cannot make the algorithm '" + name_ + "': " + error.what());
     }
 }
 
-ConfiguredAlgorithm::ConfiguredAlgorithm(hash::MurmurThree32 id, std::vector<Setting> const& settings)
-    : ConfiguredAlgorithm(id) {
+ConfiguredAlgorithm::ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id, std::vector<Setting> const& settings)
+    : ConfiguredAlgorithm(runtime, id) {
     Start(settings);
 }
 
@@ -39,14 +38,12 @@ void ConfiguredAlgorithm::Start(std::vector<Setting> const& settings) {
     }
 }
 
-void ConfiguredAlgorithm::Make(hash::MurmurThree32 id) {
+void ConfiguredAlgorithm::Make(Runtime& runtime, hash::MurmurThree32 id) {
     auto const registry = video::registry::Get().GetMap();
     video::registry::Info const& info = registry->at(id);
     name_ = GetShortName(info.GetTypeName());
-    map_ = node::Map::Make(name_, std::string("Properties of ") + info.GetTypeName());
-    root_->Insert(map_);
-    info.CreateConfigNodes(manager_, map_);
-    algorithm_ = info.GetMake()(manager_);
+    map_ = runtime.MakeConfiguration(info);
+    algorithm_ = info.GetMake()(runtime.GetManager());
     if (!algorithm_) throw Error("its factory gives nothing");
     algorithm_->SetOfflineModeEnabled(true);
 }

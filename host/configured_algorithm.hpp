@@ -8,24 +8,24 @@
 #include "qel/algorithm/video/result.hpp"
 #include "qel/configuration/node/map.hpp"
 #include "qel/hash/murmur_three_32.hpp"
-#include "qel/inference/backend/manager.hpp"
 #include "qel/media/colour_format.hpp"
 #include "qel/media/video/frame.hpp"
 #include "qel/type/binding.hpp"
+#include "runtime.hpp"
 #include "setting.hpp"
 #include "working_frame.hpp"
 
 namespace qel::host {
 
-/// An algorithm of the registry that follows a configuration of its own.
+/// An algorithm of the registry that follows its configuration in the tree of a runtime, which outlives it.
 class ConfiguredAlgorithm {
 public:
     using Frame = media::video::FrameBase<void const>;
 
     /// Makes the algorithm and its configuration. Throws Error when that cannot be done.
-    explicit ConfiguredAlgorithm(hash::MurmurThree32 id);
+    ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id);
     /// The same, and starts it.
-    ConfiguredAlgorithm(hash::MurmurThree32 id, std::vector<Setting> const& settings);
+    ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id, std::vector<Setting> const& settings);
 
     /// Applies the settings to the configuration and binds the algorithm to it. Throws UsageError for a wrong setting.
     void Start(std::vector<Setting> const& settings);
@@ -47,10 +47,8 @@ public:
     void Reset();
 
 private:
-    void Make(hash::MurmurThree32 id);
+    void Make(Runtime& runtime, hash::MurmurThree32 id);
 
-    inference::backend::Manager manager_;
-    std::shared_ptr<configuration::node::Map> root_;
     std::shared_ptr<configuration::node::Map> map_;
     std::string name_;
     std::shared_ptr<algorithm::video::Algorithm> algorithm_;

@@ -42,6 +42,11 @@ void OutputFile::Write(std::string_view bytes) {
     }
 }
 
+bool OutputFile::HasReader() const noexcept {
+    pollfd state{descriptor_, 0, 0};
+    return poll(&state, 1, 0) <= 0 || (state.revents & (POLLERR | POLLHUP)) == 0;
+}
+
 void OutputFile::TakeBack(std::size_t count) const noexcept {
     if (count == 0) return;
     // What is no regular file has no position, and nothing to be taken off again.

@@ -19,6 +19,9 @@ public:
     ~OutputFile();
 
     void Write(std::string_view bytes);
+    /// Whether somebody can still read what is written: false for a pipe whose other end is closed. Requires an open
+    /// file.
+    bool HasReader() const noexcept;
     /// Closes the file; some systems report only here that it could not be stored.
     void Close();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string_view>
 #include <variant>
 
 #include "canvas.hpp"
@@ -37,14 +38,23 @@ void SetColour(cairo_t* context, Colour const& colour, double alpha = 1) {
     cairo_set_source_rgba(context, colour.red, colour.green, colour.blue, alpha);
 }
 
+/// An object's attribute of that name; null when it has none, or one of another type.
+template <class T>
+T const* Find(Object const& object, std::string_view name) {
+    auto const attribute = object.attributes.find(name);
+    return attribute == object.attributes.end() ? nullptr : std::get_if<T>(&attribute->second);
+}
+
 std::string TagOf(Object const& object) {
     std::string const sure = std::isfinite(object.confidence)
                                  ? std::to_string(std::lround(std::clamp(object.confidence, 0.0F, 1.0F) * 100)) + " %"
                                  : std::string("?");
-    std::string const tag = object.label.empty() ? sure : ToValidUtf8(object.label) + " " + sure;
-    auto const height = object.attributes.find("height_m");
-    if (height == object.attributes.end() || !std::holds_alternative<double>(height->second)) return tag;
-    return tag + "  " + FormatNumber(std::get<double>(height->second), 2) + " m";
+    std::string tag = object.label.empty() ? sure : ToValidUtf8(object.label) + " " + sure;
+    if (auto const* const height = Find<double>(object, "height_m")) tag += "  " + FormatNumber(*height, 2) + " m";
+    if (auto const* const colours = Find<std::vector<std::string>>(object, "colours")) {
+        for (std::size_t i = 0; i < colours->size(); ++i) tag += (i == 0 ? "  " : "/") + ToValidUtf8((*colours)[i]);
+    }
+    return tag;
 }
 
 /// How lines and letters are sized: by the picture's shorter side, so that they look alike at every resolution.

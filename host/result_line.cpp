@@ -41,9 +41,10 @@ public:
     Line& Value(std::string const& text) {
         return Raw(boost::json::serialize(boost::json::string_view(ToValidUtf8(text))));
     }
-    Line& Value(std::vector<std::string> const& texts) {
+    template <class T>
+    Line& Value(std::vector<T> const& values) {
         Raw("[");
-        for (std::size_t i = 0; i < texts.size(); ++i) Raw(i == 0 ? "" : ",").Value(texts[i]);
+        for (std::size_t i = 0; i < values.size(); ++i) Raw(i == 0 ? "" : ",").Value(values[i]);
         return Raw("]");
     }
 

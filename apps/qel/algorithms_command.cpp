@@ -8,6 +8,7 @@
 #include "catalogue.hpp"
 #include "command.hpp"
 #include "json_text.hpp"
+#include "models_option.hpp"
 #include "output_file.hpp"
 #include "plugins_option.hpp"
 #include "text.hpp"
@@ -80,16 +81,17 @@ std::string ToText(host::AlgorithmDescription const& description) {
 }
 
 struct Options {
-    bool asJson = false;
+    bool json = false;
     std::vector<std::string> plugins;
+    std::optional<std::string> models;
 };
 
 int List(Options const& options) {
     LoadPluginsOrWarn(options.plugins);
-    inference::backend::Manager manager;
-    auto const descriptions = host::DescribeAlgorithms(manager);
+    host::Runtime runtime = MakeRuntime(options.models);
+    auto const descriptions = host::DescribeAlgorithms(runtime);
     std::string text;
-    if (options.asJson) {
+    if (options.json) {
         json::array list;
         for (auto const& description : descriptions) list.push_back(ToJson(description));
         text = host::SerializeJson(json::object{{"algorithms", std::move(list)}}) + "\n";
@@ -108,8 +110,9 @@ int List(Options const& options) {
 std::function<int()> AddAlgorithmsCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("algorithms", "Lists the algorithms and their properties");
     auto const options = std::make_shared<Options>();
-    command->add_flag("--json", options->asJson, "As JSON, on one line, for programs");
+    command->add_flag("--json", options->json, "As JSON, on one line, for programs");
     AddPluginsOption(*command, options->plugins);
+    AddModelsOption(*command, options->models);
     command->footer("Examples:\n  qel algorithms --json | python3 -m json.tool\n  qel algorithms --plugins build");
     return [options] { return List(*options); };
 }

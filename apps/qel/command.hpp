@@ -19,6 +19,7 @@ std::function<int()> AddRunCommand(CLI::App& program);
 std::function<int()> AddMeasureCommand(CLI::App& program);
 std::function<int()> AddCalibrateCommand(CLI::App& program);
 std::function<int()> AddAlgorithmsCommand(CLI::App& program);
+std::function<int()> AddInfoCommand(CLI::App& program);
 std::function<int()> AddPluginsCommand(CLI::App& program);
 std::function<int()> AddNewPluginCommand(CLI::App& program);
 

@@ -55,14 +55,18 @@ int Main(int argc, char** argv) {
         "  qel calibrate --references marks.json --output camera.json\n"
         "  qel measure --calibration camera.json --size 768x576 --from 120,400 --to 380,410\n"
         "  qel algorithms\n"
+        "  qel info --watch\n"
         "  qel plugins\n"
         "  qel new-plugin find_faces\n\n"
         "Exit codes: 0 done, 1 failed, 2 wrong use, 130 interrupted. QEL_LOG sets what is logged, such as "
         "QEL_LOG=debug.");
-    std::vector<Command> const commands{
-        {"run", AddRunCommand(program)},         {"calibrate", AddCalibrateCommand(program)},
-        {"measure", AddMeasureCommand(program)}, {"algorithms", AddAlgorithmsCommand(program)},
-        {"plugins", AddPluginsCommand(program)}, {"new-plugin", AddNewPluginCommand(program)}};
+    std::vector<Command> const commands{{"run", AddRunCommand(program)},
+                                        {"calibrate", AddCalibrateCommand(program)},
+                                        {"measure", AddMeasureCommand(program)},
+                                        {"algorithms", AddAlgorithmsCommand(program)},
+                                        {"info", AddInfoCommand(program)},
+                                        {"plugins", AddPluginsCommand(program)},
+                                        {"new-plugin", AddNewPluginCommand(program)}};
     try {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
@@ -73,7 +77,7 @@ int Main(int argc, char** argv) {
         if (program.got_subcommand(command.name)) return command.run();
     }
     throw host::UsageError(
-        "a command is missing: run, calibrate, measure, algorithms, plugins or new-plugin (see qel --help)");
+        "a command is missing: run, calibrate, measure, algorithms, info, plugins or new-plugin (see qel --help)");
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "interrupt.hpp"
 #include "json_lines_sink.hpp"
 #include "memory.hpp"
+#include "models_option.hpp"
 #include "overlay.hpp"
 #include "plugins_option.hpp"
 #include "progress.hpp"
@@ -38,6 +39,7 @@ struct Options {
     std::string snapshot;
     std::optional<std::uint64_t> maxFrames;
     std::string calibration;
+    std::optional<std::string> models;
     bool uncertainty = false;
     bool quiet = false;
     StreamOptions stream;
@@ -99,6 +101,7 @@ void AddOptions(CLI::App& command, Options& options) {
             ->type_name("FILE");
     command.add_flag("--uncertainty", options.uncertainty, "States plus/minus of every length")->needs(calibration);
     AddStreamOptions(command, options.stream);
+    AddModelsOption(command, options.models);
     command.add_flag("-q,--quiet", options.quiet, "No progress bar and no summary");
     command.footer(
         "Examples:\n"
@@ -189,18 +192,20 @@ std::vector<std::string> ChooseAlgorithms(Options const& options, std::vector<st
                                      " with --algorithm");
 }
 
-host::AlgorithmChain MakeAlgorithms(Options const& options, std::vector<std::string> const& fromFolders) {
+host::AlgorithmChain MakeAlgorithms(host::Runtime& runtime, Options const& options,
+                                    std::vector<std::string> const& fromFolders) {
     std::vector<hash::MurmurThree32> ids;
     for (std::string const& name : ChooseAlgorithms(options, fromFolders)) ids.push_back(host::FindAlgorithm(name));
     std::vector<host::Setting> settings;
     for (std::string const& text : options.settings) settings.push_back(host::ParseSetting(text));
-    return {ids, settings};
+    return {runtime, ids, settings};
 }
 
 int Run(Options const& options) {
     std::vector<std::string> const fromFolders = LoadPluginsOrWarn(options.plugins);
     host::Interrupt const interrupt;
-    host::AlgorithmChain algorithms = MakeAlgorithms(options, fromFolders);
+    host::Runtime runtime = MakeRuntime(options.models);
+    host::AlgorithmChain algorithms = MakeAlgorithms(runtime, options, fromFolders);
     std::optional<host::calibration::Calibration> calibration;
     std::optional<host::calibration::ObjectMeasurer> measurer;
     if (!options.calibration.empty()) {

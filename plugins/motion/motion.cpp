@@ -64,7 +64,7 @@ void Motion::Process(media::video::FrameBase<void const> const& frame, algorithm
     labeller_.Connect8Way(foreground_, settings.minimumArea, blobs_);
     for (ConnectedComponents::Blob const& blob : blobs_) {
         result.objects.push_back(
-            {{blob.minX, blob.minY, blob.maxX + 1, blob.maxY + 1}, blob.area, "motion", Confidence(blob), {}});
+            {{blob.minX, blob.minY, blob.maxX + 1, blob.maxY + 1}, blob.area, Label, Confidence(blob), {}});
     }
     AddForeground(foreground_, result.foreground);
 }

@@ -16,6 +16,8 @@ namespace qel::motion {
 
 /// The dotted name by which the algorithm is chosen.
 inline constexpr char const* TypeName = "qel.algorithm.video.Motion";
+/// What every object is taken for.
+inline constexpr char const* Label = "motion";
 
 /// What a person may tune.
 struct Settings {

@@ -124,7 +124,8 @@ TEST(Qel, SaysInOneLineWhatIsWrongWithTheCommand) {
     };
     Case const cases[] = {
         {{},
-         "qel: a command is missing: run, calibrate, measure, algorithms, plugins or new-plugin (see qel --help)\n"},
+         "qel: a command is missing: run, calibrate, measure, algorithms, info, plugins or new-plugin (see qel "
+         "--help)\n"},
         {{"walk"}, "qel: The following argument was not expected: walk (see qel --help)\n"},
         {{"run"}, "qel: VIDEO is required (see qel --help)\n"},
         {{"run", "a.avi", "--speed"}, "qel: The following argument was not expected: --speed (see qel --help)\n"},

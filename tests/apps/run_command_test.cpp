@@ -202,17 +202,19 @@ TEST_F(QelRun, RefusesValuesThatAPropertyDoesNotTake) {
     };
     constexpr Case Cases[] = {
         {"threshold=251",
-         "cannot set 'threshold' to '251': Threshold.threshold: the value 251 is out of the range 1 to 250"},
-        {"threshold=0", "cannot set 'threshold' to '0': Threshold.threshold: the value 0 is out of the range 1 to 250"},
+         "cannot set 'threshold' to '251': algorithms.Threshold.threshold: the value 251 is out of the range 1 to 250"},
+        {"threshold=0",
+         "cannot set 'threshold' to '0': algorithms.Threshold.threshold: the value 0 is out of the range 1 to 250"},
         {"threshold=-1",
-         "cannot set 'threshold' to '-1': Threshold.threshold: the value -1 is out of the range 1 to 250"},
+         "cannot set 'threshold' to '-1': algorithms.Threshold.threshold: the value -1 is out of the range 1 to 250"},
         {"threshold=99999999999999999999",
-         "cannot set 'threshold' to '99999999999999999999': Threshold.threshold: the value 1e+20 is out of the range "
+         "cannot set 'threshold' to '99999999999999999999': algorithms.Threshold.threshold: the value 1e+20 is out of "
+         "the range "
          "1 to 250"},
         {"threshold=12x", "cannot set 'threshold' to '12x': Failed to parse the string into an integer: 12x"},
         {"threshold=", "cannot set 'threshold' to '': Failed to parse the string into an integer: "},
         {"confidence=1.5",
-         "cannot set 'confidence' to '1.5': Threshold.confidence: the value 1.5 is out of the range 0 to 1"},
+         "cannot set 'confidence' to '1.5': algorithms.Threshold.confidence: the value 1.5 is out of the range 0 to 1"},
         {"confidence=high", "cannot set 'confidence' to 'high': Failed to parse the string into a number: high"},
         {"enabled=maybe", "cannot set 'enabled' to 'maybe': Failed to parse the string into a boolean: maybe"},
     };

@@ -112,7 +112,18 @@ bool Enter(char const* name, video::registry::Info::Make make, std::vector<confi
                                {},
                                {}});
 
-AlgorithmChain Make(std::vector<char const*> const& names, std::vector<Setting> const& settings = {}) {
+/// The runtime is the first base: it outlives the chain.
+struct OwnRuntime {
+    Runtime runtime;
+};
+
+class Chain : private OwnRuntime, public AlgorithmChain {
+public:
+    Chain(std::vector<hash::MurmurThree32> const& ids, std::vector<Setting> const& settings)
+        : AlgorithmChain(runtime, ids, settings) {}
+};
+
+Chain Make(std::vector<char const*> const& names, std::vector<Setting> const& settings = {}) {
     std::vector<hash::MurmurThree32> ids;
     for (char const* name : names) ids.push_back(FindAlgorithm(name));
     return {ids, settings};
@@ -158,7 +169,7 @@ TEST(AlgorithmChain, CopiesFramesOnlyWhereAnAlgorithmChangesPixelsThatOthersHold
     };
     for (Case const& c : cases) {
         SCOPED_TRACE(&c - cases);
-        AlgorithmChain chain = Make(c.names, c.settings);
+        Chain chain = Make(c.names, c.settings);
         for (std::uint8_t i = 1; i <= 5; ++i) {
             video::Result result;
             auto const frame = GreyFrame(i);
@@ -244,7 +255,7 @@ TEST(AlgorithmChain, RefusesAnAlgorithmThatIsThereTwice) {
 }
 
 TEST(AlgorithmChain, FollowsTheNodesOfEachAlgorithm) {
-    AlgorithmChain chain = Make({"bright_adder", "doubler"});
+    Chain chain = Make({"bright_adder", "doubler"});
     chain.GetConfiguration(1).Set("amount", std::uint32_t{4});
     video::Result result;
     EXPECT_EQ(LevelOf(chain.Process(GreyFrame(10), result)), 60);

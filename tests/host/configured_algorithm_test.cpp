@@ -65,8 +65,8 @@ bool Register(char const* name, registry::Info::Make make) {
     Register("test.Nothing", [](auto&) { return std::shared_ptr<algorithm::video::Algorithm>(); });
 
 TEST(DescribeAlgorithms, GoesOnPastAlgorithmsThatCannotBeMade) {
-    inference::backend::Manager manager;
-    auto const descriptions = DescribeAlgorithms(manager);
+    Runtime runtime;
+    auto const descriptions = DescribeAlgorithms(runtime);
     auto const find = [&](std::string const& name) {
         return *std::find_if(descriptions.begin(), descriptions.end(),
                              [&](auto const& d) { return d.typeName == name; });
@@ -83,7 +83,10 @@ TEST(DescribeAlgorithms, GoesOnPastAlgorithmsThatCannotBeMade) {
 }
 
 TEST(ConfiguredAlgorithm, SaysThatAnAlgorithmCannotBeMade) {
-    auto const make = [](char const* name) { ConfiguredAlgorithm algorithm(hash::MurmurThree32(name), {}); };
+    auto const make = [](char const* name) {
+        Runtime runtime;
+        ConfiguredAlgorithm algorithm(runtime, hash::MurmurThree32(name), {});
+    };
     EXPECT_EQ(ErrorOf([&] { make("test.Broken"); }), "cannot make the algorithm 'Broken': no model");
     EXPECT_EQ(ErrorOf([&] { make("test.Nothing"); }), "cannot make the algorithm 'Nothing': its factory gives nothing");
     EXPECT_THAT(ErrorOf([&] { make("test.Same"); }), testing::StartsWith("cannot make the algorithm 'Same': "));
@@ -124,7 +127,9 @@ VideoSource::Frame SquareFrame() {
 
 TEST(ConfiguredAlgorithm, StartsWithItsConfiguration) {
     algorithm::video::Result result;
-    ConfiguredAlgorithm algorithm(hash::MurmurThree32("test.Threshold"), {{"label", "moving"}, {"confidence", "1"}});
+    Runtime runtime;
+    ConfiguredAlgorithm algorithm(runtime, hash::MurmurThree32("test.Threshold"),
+                                  {{"label", "moving"}, {"confidence", "1"}});
     VideoSource::Frame const frame = SquareFrame();
     EXPECT_EQ(algorithm.Process(frame, result), frame);
     ASSERT_EQ(result.objects.size(), 1U);
@@ -136,7 +141,8 @@ TEST(ConfiguredAlgorithm, StartsWithItsConfiguration) {
 
 TEST(ConfiguredAlgorithm, GivesAnAlgorithmThatChangesPixelsACopyOfTheFrame) {
     algorithm::video::Result result;
-    ConfiguredAlgorithm algorithm(hash::MurmurThree32("test.Invert"), {});
+    Runtime runtime;
+    ConfiguredAlgorithm algorithm(runtime, hash::MurmurThree32("test.Invert"), {});
     VideoSource::Frame const frame = SquareFrame();
     VideoSource::Frame const shown = algorithm.Process(frame, result);
     auto const at = [](VideoSource::Frame const& f, int x, int y) {
@@ -196,7 +202,8 @@ TEST(ConfiguredAlgorithm, AChangeOfAPropertyWhileFramesFlowChangesTheNextFramesR
     test::TemporaryDirectory const directory;
     test::WriteMovingSquare(directory / "video.mkv", {.frames = 8});
     VideoSource source(Locate(directory / "video.mkv"), {media::ColourFormat::Grey8});
-    ConfiguredAlgorithm algorithm(hash::MurmurThree32("test.Threshold"), {});
+    Runtime runtime;
+    ConfiguredAlgorithm algorithm(runtime, hash::MurmurThree32("test.Threshold"), {});
     std::vector<std::size_t> objects;
     std::vector<std::string> labels;
     std::vector<std::unique_ptr<FrameSink>> sinks;

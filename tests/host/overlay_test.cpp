@@ -70,6 +70,28 @@ TEST(DrawObjects, WritesATagOverTheBoxOrInsideItAtTheTop) {
     EXPECT_GT(Difference(At(picture, 101, 5), Grey), 30);
 }
 
+TEST(DrawObjects, WritesHeightsAndColoursIntoTheTag) {
+    // How far the tag's ground reaches to the right, in the row just above the box.
+    auto const widthOf = [](std::map<std::string, algorithm::video::Attribute, std::less<>> attributes) {
+        Picture picture = GreyPicture(640, 240);
+        Object object = ObjectAt(10, 80, 60, 200);
+        object.attributes = std::move(attributes);
+        DrawObjects(picture, picture.size, {object});
+        unsigned int x = 10;
+        while (x < 639 && At(picture, x, 76) != Grey) ++x;
+        return x;
+    };
+    using Names = std::vector<std::string>;
+    unsigned int const plain = widthOf({});
+    unsigned int const one = widthOf({{"colours", Names{"black"}}});
+    unsigned int const two = widthOf({{"colours", Names{"black", "blue"}}});
+    EXPECT_GT(one, plain);
+    EXPECT_GT(two, one);
+    EXPECT_GT(widthOf({{"colours", Names{"black", "blue"}}, {"height_m", 1.75}}), two);
+    EXPECT_EQ(widthOf({{"colours", Names{}}}), plain);
+    EXPECT_EQ(widthOf({{"colours", std::string("black")}, {"height_m", true}}), plain) << "of other types";
+}
+
 TEST(DrawObjects, ScalesBoxesToASmallerPicture) {
     Picture picture = GreyPicture(160, 120);
     DrawObjects(picture, {320, 240}, {ObjectAt(100, 80, 160, 200)});

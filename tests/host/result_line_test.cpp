@@ -53,10 +53,11 @@ TEST(MakeResultLine, AddsAttributesInTheOrderOfTheirNames) {
                          {"seen", true},
                          {"id", std::int64_t{-9007199254740993}},
                          {"none", std::vector<std::string>{}},
+                         {"shares", std::vector<double>{0.75, 1, std::numeric_limits<double>::quiet_NaN()}},
                          {"plate", std::string("AB\n12")}};
     std::string const line = LineOf({object});
     EXPECT_NE(line.find("\"area\":0,\"colours\":[\"red\",\"\\\"dark\\\" blue\"],\"id\":-9007199254740993,\"none\":[],"
-                        "\"plate\":\"AB\\n12\",\"seen\":true,\"speed\":1.5}]}\n"),
+                        "\"plate\":\"AB\\n12\",\"seen\":true,\"shares\":[0.75,1,null],\"speed\":1.5}]}\n"),
               std::string::npos)
         << line;
 }

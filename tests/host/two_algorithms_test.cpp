@@ -91,9 +91,10 @@ video::Properties MakeProperties(AlgorithmChain& chain, std::size_t index) {
 
 class TwoAlgorithms : public testing::Test {
 protected:
-    static AlgorithmChain Make() {
+    AlgorithmChain Make() {
         EXPECT_EQ(LoadPlugins().problems, std::vector<system::plugin::Problem>());
-        return {{FindAlgorithm("motion"), FindAlgorithm("privacy_mask")},
+        return {runtime_,
+                {FindAlgorithm("motion"), FindAlgorithm("privacy_mask")},
                 {{"mode", "blank"}, {"zones", Zone('A')}, {"motion.minimum_area", "50"}}};
     }
 
@@ -164,6 +165,7 @@ protected:
     }
 
     motion::MovingBox film_;
+    Runtime runtime_;
     AlgorithmChain chain_ = Make();
     video::Properties motion_ = MakeProperties(chain_, 0);
     video::Properties mask_ = MakeProperties(chain_, 1);

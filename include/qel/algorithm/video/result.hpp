@@ -12,7 +12,7 @@
 namespace qel::algorithm::video {
 
 /// A value that an algorithm knows of an object beyond the fixed fields, such as a length in metres ("height_m").
-using Attribute = std::variant<bool, std::int64_t, double, std::string, std::vector<std::string>>;
+using Attribute = std::variant<bool, std::int64_t, double, std::string, std::vector<std::string>, std::vector<double>>;
 
 /// One thing found in a frame.
 struct Object {
