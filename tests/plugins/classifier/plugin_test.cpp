@@ -1,4 +1,4 @@
-// The plug-in as a host meets it: loaded, registered, configured, bound.
+// The plug-in as a host meets it: loaded, registered, configured, published, bound.
 
 #include <stdexcept>
 
@@ -7,6 +7,8 @@
 
 #include "plugins/plugin_test_base.hpp"
 #include "qel/algorithm/video/passthrough/algorithm.hpp"
+#include "qel/configuration/json.hpp"
+#include "qel/configuration/node/dynamic_enum.hpp"
 #include "qel/configuration/node/primitive.hpp"
 #include "support/model_folder.hpp"
 #include "test_frame.hpp"
@@ -25,7 +27,7 @@ struct WithModel {
     test::ModelFolder folder;
 };
 
-class ClassifierPlugin : WithModel, public test::PluginTest<video::passthrough::Algorithm> {
+class ClassifierPlugin : protected WithModel, public test::PluginTest<video::passthrough::Algorithm> {
 protected:
     ClassifierPlugin()
         : PluginTest("qel.algorithm.video.Classifier", std::make_unique<Manager>(folder.GetRoot().string())) {}
@@ -48,6 +50,25 @@ TEST_F(ClassifierPlugin, RegistersItsAlgorithmAndMakesANodeForEachProperty) {
     auto const bindings = algorithm_->BindToConfiguration(*map_);
     EXPECT_EQ(bindings.size(), 3U);
     for (type::Binding const& binding : bindings) EXPECT_TRUE(binding);
+}
+
+TEST_F(ClassifierPlugin, PublishesItsLabelsAndTheStateOfItsModel) {
+    auto const published = root_->Find("algorithms.info.classifier");
+    ASSERT_NE(published, nullptr);
+    auto const status = [&] {
+        EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+        return published->As<Map>().Find("model_status")->As<configuration::node::DynamicEnum>().Get();
+    };
+    EXPECT_EQ(status(), "loaded");
+    std::string const data = configuration::json::Data(*published);
+    EXPECT_THAT(data, testing::StartsWith(R"({"typename": "qel.algorithm.type.ObjectClassifier","version": "3.1",)"));
+    EXPECT_THAT(data, testing::ContainsRegex("\"classes\": .*\"blue\".*\"red\""));
+    folder.Write("classifier", "model.onnx", "broken");
+    EXPECT_EQ(status(), "failed");
+    folder.Remove("classifier");
+    EXPECT_EQ(status(), "unloaded");
+    folder.Write("classifier", {.weights = {{9, 0, 0}, {0, 0, 9}}}, R"({"max_batch_size": 1})");
+    EXPECT_EQ(status(), "loaded");
 }
 
 TEST_F(ClassifierPlugin, FollowsItsNodesFromTheNextFrameOn) {
