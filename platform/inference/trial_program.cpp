@@ -23,7 +23,7 @@ namespace qel::inference {
 namespace {
 
 constexpr rlim_t ProcessorSeconds = 60;
-constexpr rlim_t Memory = rlim_t{4} << 30U, MemoryForAByte = 8;
+[[maybe_unused]] constexpr rlim_t Memory = rlim_t{4} << 30U, MemoryForAByte = 8;
 constexpr std::size_t MaximumValues = std::size_t{1} << 28U;
 
 [[maybe_unused]] void LimitTo(__rlimit_resource resource, rlim_t most) {
