@@ -28,8 +28,8 @@ public:
 /// node above, where InfoBuilder::Register puts it.
 ///
 /// Does nothing for a map that stands alone, and when that tree holds a descriptor of the same name and typename: an
-/// algorithm may be made twice. Throws PublishError for whatever goes wrong. One call at a time in a tree, as hosts
-/// make them who hold the registry's lock.
+/// algorithm may be made twice. Throws PublishError for whatever goes wrong. Any thread, one call at a time in a tree,
+/// as hosts make them who hold the registry's lock.
 QEL_ALGORITHM_EXPORT void Publish(inference::backend::Manager& manager, configuration::Node const& node,
                                   Describe const& describe);
 
