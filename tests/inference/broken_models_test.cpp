@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "inference/following.hpp"
+#include "support/unprivileged.hpp"
 
 namespace qel::inference {
 namespace {
@@ -97,33 +97,13 @@ TEST_F(BrokenModels, HaveFilesThatAreNone) {
     }
 }
 
-/// Gives up the rights of the super-user, whom no permission stops, for as long as it lives.
-class Unprivileged {
-public:
-    Unprivileged() : former_(geteuid()) {
-        if (former_ == 0) {
-            EXPECT_EQ(seteuid(65534), 0);
-        }
-    }
-    Unprivileged(Unprivileged const&) = delete;
-    Unprivileged& operator=(Unprivileged const&) = delete;
-    ~Unprivileged() {
-        if (former_ == 0) {
-            EXPECT_EQ(seteuid(former_), 0);
-        }
-    }
-
-private:
-    uid_t former_;
-};
-
 TEST_F(BrokenModels, HaveFilesWithoutPermission) {
     fs::permissions(folder.GetRoot(), fs::perms(0755));
     for (char const* const file : {"metadata.json", "model.onnx"}) {
         folder.Write("a", test::MeanClassifier{}, Metadata);
         fs::permissions(folder.FileOf("a", file), fs::perms::none);
         {
-            Unprivileged const unprivileged;
+            test::Unprivileged const unprivileged;
             EXPECT_EQ(WithoutPath(Failure(), file), "cannot be opened: Permission denied");
         }
         fs::permissions(folder.FileOf("a", file), fs::perms(0644));
@@ -136,7 +116,7 @@ TEST_F(BrokenModels, AreLoadedWhenThePermissionIsGiven) {
     fs::permissions(folder.FileOf("a", "model.onnx"), fs::perms::none);
     std::optional<backend::Manager> manager;
     {
-        Unprivileged const unprivileged;
+        test::Unprivileged const unprivileged;
         manager.emplace(folder.GetRoot().string());
         EXPECT_TRUE(manager->WaitUntilSettled(test::Patience));
         EXPECT_EQ(manager->GetModel("a"), nullptr);

@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "support/unprivileged.hpp"
 #include "system/folder.hpp"
 
 extern "C" int Dependency();
@@ -142,38 +142,18 @@ TEST(LoadAllRefuses, WhatIsNoFile) {
     EXPECT_EQ(ReasonOf(folder), "is not a regular file");
 }
 
-/// Gives up the rights of the super-user, whom no permission stops, for as long as it lives.
-class Unprivileged {
-public:
-    Unprivileged() : former_(geteuid()) {
-        if (former_ == 0) {
-            EXPECT_EQ(seteuid(65534), 0);
-        }
-    }
-    Unprivileged(Unprivileged const&) = delete;
-    Unprivileged& operator=(Unprivileged const&) = delete;
-    ~Unprivileged() {
-        if (former_ == 0) {
-            EXPECT_EQ(seteuid(former_), 0);
-        }
-    }
-
-private:
-    uid_t former_;
-};
-
 TEST(LoadAllRefuses, AFileOrAFolderThatMayNotBeRead) {
     Folder const folder;
     auto const file = folder.Add("silent", "libtest_a.so");
     fs::permissions(folder.GetPath(), fs::add_perms | fs::others_read | fs::others_exe);
     fs::permissions(file, fs::no_perms);
     {
-        Unprivileged const unprivileged;
+        test::Unprivileged const unprivileged;
         EXPECT_EQ(ReasonOf(folder), "cannot be read: Permission denied");
     }
     fs::permissions(folder.GetPath(), fs::no_perms);
     {
-        Unprivileged const unprivileged;
+        test::Unprivileged const unprivileged;
         EXPECT_EQ(ReasonOf(folder), "cannot be searched for plug-ins: Permission denied");
     }
     fs::permissions(folder.GetPath(), fs::owner_all);
