@@ -1,7 +1,9 @@
 #include "qel/serialize/check_json.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <string>
+#include <string_view>
 
 #include <boost/json/basic_parser_impl.hpp>
 
@@ -12,6 +14,22 @@ namespace qel::serialize {
 namespace {
 
 namespace json = boost::json;
+
+/// Whether a number is nought times a power of ten past 22: the reader's conversion then counts the leading zero bits
+/// of 0, which nothing defines.
+bool IsFarZero(std::string_view text) {
+    std::string_view const digits = text.substr(0, text.find_first_of("eE"));
+    if (digits.find_first_of("123456789") != std::string_view::npos) return false;
+    int power = 0;
+    if (digits.size() < text.size()) {
+        char const* const start = text.data() + digits.size() + 1;
+        // The parser has refused exponents that an int cannot hold.
+        std::from_chars(*start == '+' ? start + 1 : start, text.data() + text.size(), power);
+    }
+    std::size_t const point = digits.find('.');
+    std::size_t const decimals = point == std::string_view::npos ? 0 : digits.size() - point - 1;
+    return decimals > 44 || power > 22 + static_cast<int>(decimals) || power < static_cast<int>(decimals) - 22;
+}
 
 // Takes the parts of a document as the parser meets them; keeps none.
 struct Handler {
@@ -33,7 +51,11 @@ struct Handler {
     bool on_number_part(json::string_view, json::error_code&) { return true; }
     bool on_int64(std::int64_t, json::string_view, json::error_code&) { return true; }
     bool on_uint64(std::uint64_t, json::string_view, json::error_code&) { return true; }
-    bool on_double(double, json::string_view, json::error_code&) { return true; }
+    bool on_double(double, json::string_view text, json::error_code& error) {
+        hasFarZero = IsFarZero(text);
+        if (hasFarZero) error = json::error::syntax;
+        return !hasFarZero;
+    }
     bool on_bool(bool, json::error_code&) { return true; }
     bool on_null(json::error_code&) { return true; }
     bool on_comment_part(json::string_view, json::error_code&) { return true; }
@@ -46,6 +68,7 @@ struct Handler {
     }
 
     bool hasNul = false;
+    bool hasFarZero = false;
 };
 
 [[noreturn]] void Throw(std::string_view text, std::size_t offset, std::string const& reason) {
@@ -57,6 +80,7 @@ struct Handler {
 
 std::string ReasonOf(json::error_code const& error, Handler const& handler, std::size_t maximumDepth) {
     if (handler.hasNul) return "the character U+0000 cannot stand in a text";
+    if (handler.hasFarZero) return "a nought with so many decimals or such an exponent cannot be read: write 0";
     if (error == json::error::too_deep) {
         return "lists and objects are nested more than " + std::to_string(maximumDepth) + " deep";
     }

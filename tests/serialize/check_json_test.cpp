@@ -76,6 +76,19 @@ TEST(CheckJson, RefusesACharacterThatWouldEndATextEarly) {
     EXPECT_EQ(ErrorOf(R"(["\u0001"])"), "nothing was thrown");
 }
 
+TEST(CheckJson, RefusesANoughtThatTheReaderCannotConvert) {
+    std::string const far = "a nought with so many decimals or such an exponent cannot be read: write 0";
+    for (std::string const& number : {std::string("0e-43"), std::string("-0.0E+99"), std::string("0e999999"),
+                                      "0." + std::string(23, '0'), "0." + std::string(60, '0') + "e60"}) {
+        EXPECT_TRUE(ErrorOf("{\"a\": " + number + "}").ends_with(far)) << number;
+    }
+    for (std::string const& number :
+         {std::string("0"), std::string("-0"), std::string("0.0"), std::string("0E0"), std::string("0e22"),
+          std::string("0e-22"), "0." + std::string(22, '0'), std::string("1e-43"), "0." + std::string(30, '0') + "1"}) {
+        EXPECT_EQ(ErrorOf("{\"a\": " + number + "}"), "nothing was thrown") << number;
+    }
+}
+
 TEST(JsonInput, OpensAnArchiveOverACheckedText) {
     JsonInput input(R"({"a": 7})");
     int value = 0;
