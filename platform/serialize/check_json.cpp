@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <string>
 #include <string_view>
 
@@ -15,11 +16,16 @@ namespace {
 
 namespace json = boost::json;
 
+/// Whether a number has another digit than 0 before its exponent.
+bool HasDigits(std::string_view text) {
+    return text.substr(0, text.find_first_of("eE")).find_first_of("123456789") != std::string_view::npos;
+}
+
 /// Whether a number is nought times a power of ten past 22: the reader's conversion then counts the leading zero bits
 /// of 0, which nothing defines.
 bool IsFarZero(std::string_view text) {
+    if (HasDigits(text)) return false;
     std::string_view const digits = text.substr(0, text.find_first_of("eE"));
-    if (digits.find_first_of("123456789") != std::string_view::npos) return false;
     int power = 0;
     if (digits.size() < text.size()) {
         char const* const start = text.data() + digits.size() + 1;
@@ -51,10 +57,11 @@ struct Handler {
     bool on_number_part(json::string_view, json::error_code&) { return true; }
     bool on_int64(std::int64_t, json::string_view, json::error_code&) { return true; }
     bool on_uint64(std::uint64_t, json::string_view, json::error_code&) { return true; }
-    bool on_double(double, json::string_view text, json::error_code& error) {
+    bool on_double(double value, json::string_view text, json::error_code& error) {
         hasFarZero = IsFarZero(text);
-        if (hasFarZero) error = json::error::syntax;
-        return !hasFarZero;
+        isOutOfRange = !std::isfinite(value) || (value == 0 && HasDigits(text));
+        if (hasFarZero || isOutOfRange) error = json::error::syntax;
+        return !error;
     }
     bool on_bool(bool, json::error_code&) { return true; }
     bool on_null(json::error_code&) { return true; }
@@ -69,6 +76,7 @@ struct Handler {
 
     bool hasNul = false;
     bool hasFarZero = false;
+    bool isOutOfRange = false;  // for a double: the reader would look for a power of ten beyond its table
 };
 
 [[noreturn]] void Throw(std::string_view text, std::size_t offset, std::string const& reason) {
@@ -81,6 +89,7 @@ struct Handler {
 std::string ReasonOf(json::error_code const& error, Handler const& handler, std::size_t maximumDepth) {
     if (handler.hasNul) return "the character U+0000 cannot stand in a text";
     if (handler.hasFarZero) return "a nought with so many decimals or such an exponent cannot be read: write 0";
+    if (handler.isOutOfRange) return "a number is too large or too small for a double";
     if (error == json::error::too_deep) {
         return "lists and objects are nested more than " + std::to_string(maximumDepth) + " deep";
     }

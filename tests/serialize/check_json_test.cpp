@@ -89,6 +89,18 @@ TEST(CheckJson, RefusesANoughtThatTheReaderCannotConvert) {
     }
 }
 
+TEST(CheckJson, RefusesNumbersThatNoDoubleHolds) {
+    std::string const digits(180, '7');
+    for (std::string const& number :
+         {std::string("1e309"), "-" + digits + "e200", std::string("1e-400"), "0." + std::string(400, '0') + "1"}) {
+        EXPECT_TRUE(ErrorOf("{\"a\": " + number + "}").ends_with("a number is too large or too small for a double"))
+            << number;
+    }
+    for (std::string const& number : {std::string("1.7e308"), std::string("5e-324"), digits + "e100"}) {
+        EXPECT_EQ(ErrorOf("{\"a\": " + number + "}"), "nothing was thrown") << number;
+    }
+}
+
 TEST(JsonInput, OpensAnArchiveOverACheckedText) {
     JsonInput input(R"({"a": 7})");
     int value = 0;
