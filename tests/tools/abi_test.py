@@ -100,6 +100,10 @@ class Abi(unittest.TestCase):
         self.guard(bless=True)
         self.assertEqual(self.guard(source=SOURCE.replace("int secret = 1;", "long more[4]; int secret = 1;"))[0], 0)
         self.assertEqual(self.guard(source=SOURCE.replace("int Helper()", "int OtherHelper()"))[0], 0)
+        # The compiler puts functions and tables of the standard library's headers into ours.
+        parse = "int Parse() { char const text[] = \"12\"; int value = 0; std::from_chars(text, text + 2, value); return value; }"
+        source = "#include <charconv>\n" + SOURCE.replace("int Helper()", f"{parse}\nint Helper()")
+        self.assertEqual(self.guard(source=source)[0], 0)
         self.assertEqual(self.guard(header=HEADER.replace("namespace qel {", "// Text.\n\nnamespace qel {", 1))[0], 0)
 
     def test_each_change_that_somebody_feels_is_told(self):
