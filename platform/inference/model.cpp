@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "check_input.hpp"
@@ -46,6 +47,8 @@ std::vector<Tensor> RunInParts(Model::Impl const& model, std::size_t samples, Ru
         std::vector<Tensor> part;
         try {
             part = run(first, count);
+        } catch (std::bad_alloc const&) {
+            throw;
         } catch (std::exception const& error) {
             Fail(model, std::string("cannot be run: ") + error.what());
         }

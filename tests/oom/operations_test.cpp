@@ -20,7 +20,7 @@ namespace {
 Operations AllOperations() {
     Operations all;
     for (auto const& list : {PlatformOperations, ConfigurationOperations, JsonOperations, PropertyOperations,
-                             ImageOperations, InfoOperations, VideoOperations}) {
+                             ImageOperations, InfoOperations, InferenceOperations, VideoOperations}) {
         auto operations = list();
         std::move(operations.begin(), operations.end(), std::back_inserter(all));
     }

@@ -39,6 +39,8 @@ struct Operation {
     std::function<std::unique_ptr<Attempt>()> make;
     /// The library outside of ours that leaves blocks behind when it runs out of memory; null for none.
     char const* leaksIn = nullptr;
+    /// It starts a thread, which frees what it is given: the blocks that are left in this one do not count.
+    bool startsThread = false;
 };
 
 namespace detail {
@@ -63,7 +65,8 @@ private:
 template <class Make, class Action, class Description>
 Operation MakeOperation(std::string name, Promise promise, Make make, Action action, Description description) {
     using Concrete = detail::AttemptOf<decltype(make()), Action, Description>;
-    return {std::move(name), promise, [=] { return std::make_unique<Concrete>(make, action, description); }, nullptr};
+    return {std::move(name), promise, [=] { return std::make_unique<Concrete>(make, action, description); }, nullptr,
+            false};
 }
 
 /// Runs an action that throws an E, and returns what that says.
@@ -96,6 +99,7 @@ Operations JsonOperations();
 Operations PropertyOperations();
 Operations ImageOperations();
 Operations InfoOperations();
+Operations InferenceOperations();
 Operations VideoOperations();
 
 }  // namespace qel::oom

@@ -3,6 +3,7 @@
 #include "back_end.hpp"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -14,6 +15,7 @@ namespace {
 
 /// What OpenCV says went wrong, without where in its sources.
 [[noreturn]] void Rethrow(cv::Exception const& error) {
+    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
     std::string reason = error.err.empty() ? error.what() : error.err;
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     reason.erase(reason.find_last_not_of(" >") + 1);
