@@ -1,6 +1,7 @@
 # Options and the settings every target of the project shares.
 
 option(QEL_BUILD_PROGRAM "Build the host library and the qel program (needs GStreamer, cairo, CLI11)" ON)
+option(QEL_BUILD_PAGE "Build the page of the server, with the program (needs npm)" ON)
 option(QEL_BUILD_TESTS "Build the tests (needs GoogleTest, RapidCheck)" ${PROJECT_IS_TOP_LEVEL})
 option(QEL_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 option(QEL_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark, OpenCV, Leptonica)" OFF)

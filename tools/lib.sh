@@ -30,11 +30,14 @@ as_root() {
     fi
 }
 
-# install_packages LIST...: installs what the lists name and the machine lacks.
+# install_packages LIST...: installs what the lists name and the machine lacks; "package(command)" only without the command.
 install_packages() {
-    local wanted missing=() package
+    local wanted missing=() package command
     wanted=$(sed 's/#.*//' "$@" | tr -s ' \n' '\n' | sed '/^$/d' | sort -u)
     for package in $wanted; do
+        command=${package#*\(}
+        if [ "$command" != "$package" ] && command -v "${command%)}" > /dev/null; then continue; fi
+        package=${package%%\(*}
         [ "$(dpkg-query -W -f '${Status}' "$package" 2> /dev/null)" = "install ok installed" ] || missing+=("$package")
     done
     if [ ${#missing[@]} -eq 0 ]; then

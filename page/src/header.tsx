@@ -1,0 +1,41 @@
+import { routeTo } from "./common/route";
+import { useConnection } from "./common/server";
+
+const sections = [
+    ["streams", "Streams"],
+    ["settings", "Settings"],
+    ["algorithms", "Algorithms"],
+    ["events", "Events"],
+] as const;
+
+const connectionTexts = { connecting: "connecting", open: "live", lost: "connection lost, trying again" };
+
+function ConnectionState() {
+    const state = useConnection();
+    return (
+        <span className={`connection ${state}`} role="status">
+            {connectionTexts[state]}
+        </span>
+    );
+}
+
+/** The name of the page, its sections, and whether what it shows is live. */
+export function Header({ section, locked }: { section: string; locked: boolean }) {
+    return (
+        <header className="top">
+            <a className="brand" href={routeTo("streams")}>
+                qel
+            </a>
+            {!locked && (
+                <nav aria-label="Sections">
+                    {sections.map(([name, title]) => (
+                        <a key={name} href={routeTo(name)} aria-current={section === name ? "page" : undefined}>
+                            {title}
+                        </a>
+                    ))}
+                </nav>
+            )}
+            {!locked && <ConnectionState />}
+        </header>
+    );
+}
