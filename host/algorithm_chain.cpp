@@ -21,6 +21,17 @@ AlgorithmChain::AlgorithmChain(Runtime& runtime, std::vector<hash::MurmurThree32
     FindColourFormats();
 }
 
+AlgorithmChain::AlgorithmChain(Runtime& runtime, std::vector<ChainLink> const& links) {
+    if (links.empty()) throw UsageError("no algorithm is named");
+    for (ChainLink const& link : links) {
+        algorithms_.push_back(std::make_unique<ConfiguredAlgorithm>(runtime, link));
+        if (std::count_if(links.begin(), links.end(), [&](auto const& other) { return other.id == link.id; }) > 1) {
+            throw UsageError("the algorithm '" + algorithms_.back()->GetName() + "' is named twice");
+        }
+    }
+    FindColourFormats();
+}
+
 void AlgorithmChain::Start(std::vector<Setting> const& settings) {
     std::vector<std::vector<Setting>> own(algorithms_.size());
     for (Setting setting : settings) {

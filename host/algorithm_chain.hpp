@@ -25,6 +25,10 @@ public:
     /// algorithms without a colour format in common; Error when one cannot be made.
     AlgorithmChain(Runtime& runtime, std::vector<hash::MurmurThree32> const& ids, std::vector<Setting> const& settings);
 
+    /// The same with algorithms that each follow nodes of their own, or the runtime's; may be done on several threads
+    /// of one runtime. Throws UsageError for none at all, too.
+    AlgorithmChain(Runtime& runtime, std::vector<ChainLink> const& links);
+
     /// The formats that all of them accept, in the order of the first one's preference.
     std::vector<media::ColourFormat> const& GetColourFormats() const noexcept { return formats_; }
     /// The nodes of an algorithm's properties, by its place; a change takes effect on the next frame.

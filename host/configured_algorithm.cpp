@@ -1,6 +1,7 @@
 #include "configured_algorithm.hpp"
 
 #include <exception>
+#include <utility>
 
 #include "catalogue.hpp"
 #include "error.hpp"
@@ -14,6 +15,15 @@ namespace {
 namespace video = algorithm::video;
 
 }  // namespace
+
+ConfiguredAlgorithm::ConfiguredAlgorithm(Runtime& runtime, ChainLink link) : map_(std::move(link.map)) {
+    try {
+        Make(runtime, link.id);
+    } catch (std::exception const& error) {
+        throw Error("cannot make the algorithm '" + name_ + "': " + error.what());
+    }
+    Bind();
+}
 
 ConfiguredAlgorithm::ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id) {
     try {
@@ -30,6 +40,10 @@ ConfiguredAlgorithm::ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 i
 
 void ConfiguredAlgorithm::Start(std::vector<Setting> const& settings) {
     Apply(settings, *map_, "'" + name_ + "'");
+    Bind();
+}
+
+void ConfiguredAlgorithm::Bind() {
     try {
         // Takes the registry's lock itself, so it must not be held here.
         bindings_ = algorithm_->BindToConfiguration(*map_);
@@ -42,7 +56,7 @@ void ConfiguredAlgorithm::Make(Runtime& runtime, hash::MurmurThree32 id) {
     auto const registry = video::registry::Get().GetMap();
     video::registry::Info const& info = registry->at(id);
     name_ = GetShortName(info.GetTypeName());
-    map_ = runtime.MakeConfiguration(info);
+    if (!map_) map_ = runtime.MakeConfiguration(info);
     algorithm_ = info.GetMake()(runtime.GetManager());
     if (!algorithm_) throw Error("its factory gives nothing");
     algorithm_->SetOfflineModeEnabled(true);

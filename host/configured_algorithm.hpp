@@ -17,6 +17,13 @@
 
 namespace qel::host {
 
+/// An algorithm of the registry and the nodes that it is to follow.
+struct ChainLink {
+    hash::MurmurThree32 id;
+    /// As Runtime::MakeConfiguration or MakeOwnConfiguration makes it; not null.
+    std::shared_ptr<configuration::node::Map> map;
+};
+
 /// An algorithm of the registry that follows its configuration in the tree of a runtime, which outlives it.
 class ConfiguredAlgorithm {
 public:
@@ -26,6 +33,11 @@ public:
     ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id);
     /// The same, and starts it.
     ConfiguredAlgorithm(Runtime& runtime, hash::MurmurThree32 id, std::vector<Setting> const& settings);
+
+    /// Makes the algorithm and starts it with a configuration that is there already, its own or the runtime's; may be
+    /// done on several threads of one runtime. Throws Error when it cannot be made, UsageError when it refuses the
+    /// configuration.
+    ConfiguredAlgorithm(Runtime& runtime, ChainLink link);
 
     /// Applies the settings to the configuration and binds the algorithm to it. Throws UsageError for a wrong setting.
     void Start(std::vector<Setting> const& settings);
@@ -48,6 +60,7 @@ public:
 
 private:
     void Make(Runtime& runtime, hash::MurmurThree32 id);
+    void Bind();
 
     std::shared_ptr<configuration::node::Map> map_;
     std::string name_;

@@ -56,6 +56,21 @@ std::shared_ptr<Map> Runtime::MakeConfiguration(registry::Info const& info) {
     return map;
 }
 
+std::shared_ptr<Map> Runtime::FindConfiguration(hash::MurmurThree32 id) const {
+    auto const found = configurations_.find(id);
+    return found == configurations_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<Map> Runtime::MakeOwnConfiguration(hash::MurmurThree32 id) const {
+    auto const common = FindConfiguration(id);
+    if (!common) throw Error("there is no configuration of such an algorithm");
+    auto map = Map::Make(common->GetName(), common->GetDescription(), common->GetOptions());
+    auto const algorithms = registry::Get().GetMap();
+    // Nothing is published for a map that stands alone.
+    algorithms->at(id).CreateConfigNodes(*manager_, map);
+    return map;
+}
+
 void Runtime::MakeConfigurations() {
     auto const algorithms = registry::Get().GetMap();
     for (auto const& [id, info] : *algorithms) {

@@ -46,7 +46,16 @@ public:
     /// Where the last part of the type name is taken by another algorithm, or is "info", the map bears the whole one.
     std::shared_ptr<configuration::node::Map> MakeConfiguration(algorithm::video::registry::Info const& info);
 
-    /// Does so for every registered algorithm; what one throws is a warning.
+    /// The map that MakeConfiguration has made for an algorithm; null where it has made none.
+    std::shared_ptr<configuration::node::Map> FindConfiguration(hash::MurmurThree32 id) const;
+
+    /// Nodes like those of FindConfiguration, under the same name and with the algorithm's own defaults, that are part
+    /// of no tree: for an algorithm that is to be set apart from others of its kind. Takes the registry's lock. Any
+    /// thread, as long as nobody makes a configuration meanwhile. Throws Error where there is none, and what the
+    /// algorithm throws.
+    std::shared_ptr<configuration::node::Map> MakeOwnConfiguration(hash::MurmurThree32 id) const;
+
+    /// Makes the configuration of every registered algorithm; what one throws is a warning.
     void MakeConfigurations();
 
 private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -261,6 +262,62 @@ TEST(AlgorithmChain, FollowsTheNodesOfEachAlgorithm) {
     EXPECT_EQ(LevelOf(chain.Process(GreyFrame(10), result)), 60);
     chain.GetConfiguration(0).Set("amount", std::uint32_t{0});
     EXPECT_EQ(LevelOf(chain.Process(GreyFrame(10), result)), 40);
+}
+
+ChainLink OwnLink(Runtime& runtime, char const* name) {
+    auto const id = FindAlgorithm(name);
+    return {id, runtime.MakeOwnConfiguration(id)};
+}
+
+TEST(AlgorithmChain, FollowsTheNodesThatItIsGivenAndNotTheRuntimes) {
+    Runtime runtime;
+    runtime.MakeConfigurations();
+    ChainLink const own = OwnLink(runtime, "doubler");
+    auto const common = runtime.FindConfiguration(own.id);
+    AlgorithmChain one(runtime, {OwnLink(runtime, "bright_adder"), own}), other(runtime, {{own.id, common}});
+    video::Result result;
+    EXPECT_EQ(LevelOf(one.Process(GreyFrame(10), result)), 30);
+    own.map->Set("amount", std::uint32_t{3});
+    EXPECT_EQ(&one.GetConfiguration(1), own.map.get());
+    EXPECT_EQ(LevelOf(one.Process(GreyFrame(10), result)), 45);
+    EXPECT_EQ(LevelOf(other.Process(GreyFrame(10), result)), 20);
+    common->Set("amount", std::uint32_t{5});
+    EXPECT_EQ(LevelOf(one.Process(GreyFrame(10), result)), 45);
+    EXPECT_EQ(LevelOf(other.Process(GreyFrame(10), result)), 50);
+}
+
+TEST(AlgorithmChain, IsMadeOnSeveralThreadsOfOneRuntime) {
+    Runtime runtime;
+    runtime.MakeConfigurations();
+    std::vector<std::thread> threads;
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        threads.emplace_back([&runtime, i] {
+            for (int n = 0; n < 20; ++n) {
+                ChainLink const own = OwnLink(runtime, "doubler");
+                own.map->Set("amount", i);
+                AlgorithmChain chain(runtime, {own, OwnLink(runtime, "keeper")});
+                video::Result result;
+                EXPECT_EQ(LevelOf(chain.Process(GreyFrame(10), result)), 10 * static_cast<int>(i));
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+}
+
+TEST(AlgorithmChain, RefusesWrongLinks) {
+    Runtime runtime;
+    runtime.MakeConfigurations();
+    auto const message = [&](std::vector<char const*> const& names) {
+        return test::MessageOf<UsageError>([&] {
+            std::vector<ChainLink> links;
+            for (char const* name : names) links.push_back(OwnLink(runtime, name));
+            AlgorithmChain const chain(runtime, links);
+        });
+    };
+    EXPECT_EQ(message({}), "no algorithm is named");
+    EXPECT_EQ(message({"doubler", "keeper", "Doubler"}), "the algorithm 'Doubler' is named twice");
+    EXPECT_EQ(message({"doubler", "colourful"}),
+              "no colour format is accepted by all of the algorithms 'Doubler', 'Colourful'");
 }
 
 }  // namespace

@@ -159,6 +159,23 @@ TEST_F(RuntimeTest, MakesTheConfigurationsOfAllAndWarnsOfThoseThatFail) {
                     EndsWith("qel_host_test: test.runtime.Twisted: no room")));
 }
 
+TEST_F(RuntimeTest, MakesNodesOfTheirOwnForWhoeverIsToBeSetApart) {
+    EXPECT_EQ(runtime_.FindConfiguration(hash::MurmurThree32(DoorName)), nullptr);
+    EXPECT_EQ(test::MessageOf<Error>([&] { runtime_.MakeOwnConfiguration(hash::MurmurThree32(DoorName)); }),
+              "there is no configuration of such an algorithm");
+    auto const common = Configure(DoorName);
+    common->Set("width", 2.0);
+    EXPECT_EQ(runtime_.FindConfiguration(hash::MurmurThree32(DoorName)), common);
+    auto const own = runtime_.MakeOwnConfiguration(hash::MurmurThree32(DoorName));
+    EXPECT_EQ(own->GetName(), "Door");
+    EXPECT_EQ(own->GetParent(), nullptr);
+    EXPECT_EQ(configuration::json::Data(*own), R"({"width": 0.9})");
+    EXPECT_EQ(configuration::json::Schema(*own), configuration::json::Schema(*common));
+    EXPECT_NE(own, runtime_.MakeOwnConfiguration(hash::MurmurThree32(DoorName)));
+    EXPECT_EQ(manager_->callbacks, 1);
+    EXPECT_THAT(warnings_, ElementsAre());
+}
+
 TEST_F(RuntimeTest, PublishesNothingForAListOfAlgorithms) {
     auto const descriptions = DescribeAlgorithms(runtime_);
     auto const find = [&](std::string const& name) {
