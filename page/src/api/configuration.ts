@@ -2,6 +2,7 @@ import type { RJSFSchema } from "@rjsf/utils";
 import type { Held } from "@/lib/draft";
 import { at, isObject, type Json, type JsonObject } from "@/lib/json";
 import { get } from "./client";
+import type { AlgorithmInfo } from "./types";
 
 /** A part of the configuration with all that a form for it needs. */
 export interface Part {
@@ -34,6 +35,14 @@ export function without(schema: RJSFSchema, names: string[]): RJSFSchema {
     return { ...schema, properties: Object.fromEntries(properties) };
 }
 
+/** The schema of a stream with the names of algorithms to choose from; others that the server understands may be typed. */
+function suggesting(schema: RJSFSchema, names: string[]): RJSFSchema {
+    const list: unknown = schema.properties?.["algorithms"];
+    if (!isObject(list) || !isObject(list["items"])) return schema;
+    const items = { ...list["items"], examples: names };
+    return { ...schema, properties: { ...schema.properties, algorithms: { ...list, items } } };
+}
+
 /** The settings that all streams have in common; those that are not set have their defaults. */
 export async function loadCommonSettings(): Promise<Part> {
     const [schema, effective, document] = await Promise.all([
@@ -51,11 +60,15 @@ export async function loadCommonSettings(): Promise<Part> {
 /** What a stream is to do; its settings follow the common ones where it has none of its own. */
 export async function loadStreamSettings(id: string): Promise<Part> {
     const path = `streams.${id}`;
-    const [schema, effective, common, document] = await Promise.all([
+    const [schema, { algorithms }, effective, common, document] = await Promise.all([
         get<RJSFSchema>(`schema/${toAddress(path)}`),
+        get<{ algorithms: AlgorithmInfo[] }>("algorithms"),
         get<JsonObject>(`config/${toAddress(path)}`),
         get<JsonObject>("config/algorithms"),
         get<JsonObject>("document"),
     ]);
-    return { schema, held: { effective, own: object(at(document, path)), common: { settings: common } } };
+    return {
+        schema: suggesting(schema, algorithms.map((algorithm: AlgorithmInfo) => algorithm.name)),
+        held: { effective, own: object(at(document, path)), common: { settings: common } },
+    };
 }

@@ -71,8 +71,9 @@ export interface Residual {
     name: string;
     kind: string;
     metres: number;
-    measured: number;
-    off: number;
+    /** Nothing where the answer does not see it. */
+    measured: number | null;
+    off: number | null;
     standard_error: number | null;
     looks_wrong: boolean;
 }
@@ -81,7 +82,8 @@ export interface GridLine {
     from: Point;
     to: Point;
     label: string;
-    label_at: Point;
+    /** Nothing where there is no label. */
+    label_at: Point | null;
 }
 
 export interface CalibrationAnswer {

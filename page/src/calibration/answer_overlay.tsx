@@ -26,7 +26,7 @@ function Line({ line, size, unit }: { line: GridLine; size: Size; unit: number }
     return (
         <>
             <Clipped className="grid" from={line.from} to={line.to} size={size} width={unit} />
-            {line.label !== "" && (
+            {line.label_at && (
                 <text x={line.label_at[0]} y={line.label_at[1]} fontSize={11 * unit} strokeWidth={3 * unit}>
                     {line.label}
                 </text>

@@ -10,10 +10,10 @@ export interface Detection {
 
 /** Nothing for other events. */
 export function readDetection(event: ServerEvent): Detection | undefined {
-    const { stream, frame, objects } = event.data;
+    const { source, frame, objects } = event.data;
     if (event.kind !== "detection" || !Array.isArray(objects)) return undefined;
     return {
-        stream: String(stream ?? ""),
+        stream: String(source ?? ""),
         frame: Number(frame),
         objects: objects as DetectedObject[],
     };

@@ -11,15 +11,22 @@ function colour(name: string): string {
     return getComputedStyle(document.documentElement).getPropertyValue(name).trim();
 }
 
+function timeText(seconds: number): string {
+    return new Date(seconds * 1000).toLocaleTimeString("en-GB");
+}
+
 function make(element: HTMLElement, streams: string[]): uPlot {
     const axis = { stroke: colour("--muted"), grid: { stroke: colour("--border"), width: 1 }, ticks: { show: false } };
     const options: uPlot.Options = {
         width: element.clientWidth,
         height,
         scales: { y: { range: (_, __, max) => [0, Math.max(1, Math.ceil(max * 1.1))] } },
-        axes: [axis, { ...axis, size: 36 }],
+        axes: [
+            { ...axis, space: 80, values: (_, seconds) => seconds.map(timeText) },
+            { ...axis, size: 36 },
+        ],
         series: [
-            { value: (_, value) => (value === null ? "" : new Date(value * 1000).toLocaleTimeString("en-GB")) },
+            { label: "Time", value: (_, seconds) => (seconds === null ? "\u2013" : timeText(seconds)) },
             ...streams.map((label, index) => ({
                 label,
                 stroke: colour(lines[index % lines.length] ?? "--line-1"),

@@ -1,9 +1,9 @@
-import type { ArrayFieldTemplateItemType, ArrayFieldTemplateProps } from "@rjsf/utils";
+import { titleId, type ArrayFieldTemplateItemType, type ArrayFieldTemplateProps } from "@rjsf/utils";
 
 /** A list whose entries can be added, taken away and put into another order. */
 export function ArrayTemplate({ items, canAdd, onAddClick, readonly, disabled, idSchema }: ArrayFieldTemplateProps) {
     return (
-        <div className="list" id={idSchema.$id}>
+        <div className="list" id={idSchema.$id} role="group" aria-labelledby={titleId(idSchema)}>
             {items.length === 0 && <p className="empty">none</p>}
             <ol>
                 {items.map((item) => (

@@ -1,4 +1,4 @@
-import { descriptionId, errorId, type FieldTemplateProps } from "@rjsf/utils";
+import { descriptionId, errorId, titleId, type FieldTemplateProps } from "@rjsf/utils";
 import { isOwn } from "@/lib/draft";
 import { at } from "@/lib/json";
 import { rangeText, title, valueText } from "@/lib/text";
@@ -14,7 +14,13 @@ export function FieldTemplate(props: FieldTemplateProps) {
     const pending = context.draft.has(path);
     return (
         <div className={`field${pending ? " pending" : ""}${rawErrors?.length ? " wrong" : ""}`}>
-            {schema.type !== "boolean" && <label htmlFor={id}>{title(label)}</label>}
+            {schema.type === "array" ? (
+                <span className="label" id={titleId(id)}>
+                    {title(label)}
+                </span>
+            ) : (
+                schema.type !== "boolean" && <label htmlFor={id}>{title(label)}</label>
+            )}
             <div className="input">{children}</div>
             <p className="hint" id={descriptionId(id)}>
                 {[schema.description, rangeText(schema)].filter(Boolean).join(" \u2013 ")}

@@ -11,9 +11,14 @@ import {
 /** An error that only says that something below is wrong. */
 const enclosing = new Set(["properties", "items", "additionalProperties", "$ref", "allOf"]);
 
+/** Forms hold undefined for a field that was emptied, which is no JSON value: the member goes. */
+function toJson(data: unknown): unknown {
+    return data === undefined ? null : JSON.parse(JSON.stringify(data));
+}
+
 /** Checks by walking the schema: validators that compile one to code need a page that may evaluate texts. */
 function check(schema: RJSFSchema, data: unknown): OutputUnit[] {
-    const result = new Validator(schema as Schema, "2020-12", false).validate(data);
+    const result = new Validator(schema as Schema, "2020-12", false).validate(toJson(data));
     return result.errors.filter((error) => !enclosing.has(error.keyword));
 }
 
@@ -76,7 +81,7 @@ export const validator: ValidatorType = {
     isValid(schema, formData, rootSchema) {
         // A schema within another may point at the definitions of the whole.
         const whole = { ...schema, $defs: { ...rootSchema.$defs, ...schema.$defs } };
-        return new Validator(whole as Schema, "2020-12").validate(formData).valid;
+        return new Validator(whole as Schema, "2020-12").validate(toJson(formData)).valid;
     },
     rawValidation(schema, formData) {
         return { errors: check(schema, formData) as never[] };
