@@ -79,12 +79,8 @@ std::shared_ptr<Node> Map::FindChild(std::string_view name) const {
 }
 
 void Map::Insert(std::shared_ptr<Node> child) {
-    if (!child) throw std::invalid_argument(Join(GetPath(), "?") + ": there is no node to insert");
+    CheckChild(child.get());
     std::string const& name = child->GetName();
-    if (name.empty()) throw std::invalid_argument(Join(GetPath(), "?") + ": a node without a name cannot be inserted");
-    if (predicate_ && !predicate_(*child)) {
-        throw std::invalid_argument(Join(GetPath(), name) + ": the map does not take this node");
-    }
     Nodes const self{GetPtr()};
     auto const now = std::chrono::system_clock::now();
     {
@@ -95,6 +91,41 @@ void Map::Insert(std::shared_ptr<Node> child) {
         SetTimestampLocked(now);
     }
     FireAll(self);
+}
+
+void Map::Exchange(std::vector<std::string> const& removed, std::vector<std::shared_ptr<Node>> added) {
+    for (auto const& child : added) CheckChild(child.get());
+    // Afterwards the former children: what goes is destroyed without the lock.
+    Nodes children;
+    auto const now = std::chrono::system_clock::now();
+    TreeLock const lock;
+    CheckNotFrozenLocked();
+    for (auto const& child : GetChildrenLocked()) {
+        if (std::find(removed.begin(), removed.end(), child->GetName()) == removed.end()) children.push_back(child);
+    }
+    std::size_t const kept = children.size();
+    for (auto& child : added) {
+        std::string const& name = child->GetName();
+        auto const hasName = [&](auto const& other) { return other->GetName() == name; };
+        if (std::any_of(children.begin(), children.end(), hasName)) {
+            throw std::invalid_argument(Join(GetPathLocked(), name) + ": the name is taken");
+        }
+        CheckAdoptableLocked(*child);
+        children.push_back(std::move(child));
+    }
+    if (kept == children.size() && kept == GetChildrenLocked().size()) return;
+    ReplaceChildrenLocked(children);
+    SetTimestampLocked(now);
+    SetPendingLocked();
+}
+
+void Map::CheckChild(Node const* child) const {
+    if (!child) throw std::invalid_argument(Join(GetPath(), "?") + ": there is no node to insert");
+    std::string const& name = child->GetName();
+    if (name.empty()) throw std::invalid_argument(Join(GetPath(), "?") + ": a node without a name cannot be inserted");
+    if (predicate_ && !predicate_(*child)) {
+        throw std::invalid_argument(Join(GetPath(), name) + ": the map does not take this node");
+    }
 }
 
 void Map::SetOne(Change change) {

@@ -202,15 +202,15 @@ void Node::FireAll(Nodes const& nodes) {
     if (error) std::rethrow_exception(error);
 }
 
-void Node::AdoptLocked(Nodes const& children) {
-    for (auto const& child : children) {
-        if (child->parent_) {
-            throw std::invalid_argument(child->GetPathLocked() + ": the node is part of a tree already");
-        }
-        if (IsOrIsBelowLocked(*child)) {
-            throw std::invalid_argument(GetPathLocked() + ": a node cannot become a child of a node below it");
-        }
+void Node::CheckAdoptableLocked(Node const& child) const {
+    if (child.parent_) throw std::invalid_argument(child.GetPathLocked() + ": the node is part of a tree already");
+    if (IsOrIsBelowLocked(child)) {
+        throw std::invalid_argument(GetPathLocked() + ": a node cannot become a child of a node below it");
     }
+}
+
+void Node::AdoptLocked(Nodes const& children) {
+    for (auto const& child : children) CheckAdoptableLocked(*child);
     children_.insert(children_.end(), children.begin(), children.end());
     for (auto const& child : children) child->parent_ = this;
 }

@@ -147,6 +147,78 @@ TEST(MapInsert, AsksThePredicate) {
     EXPECT_EQ(map->GetChildren().size(), 1U);
 }
 
+TEST(MapExchange, TakesChildrenOutAndAddsOthersAndFiresLater) {
+    auto const root = Map::Make(""), map = Map::Make("map");
+    root->Insert(map);
+    auto const a = Byte::Make("a", "", 1), b = Byte::Make("b", "", 1), c = Byte::Make("c", "", 1);
+    auto const other = Text::Make("a", "", "another of that name");
+    map->Insert(a);
+    map->Insert(b);
+    auto const before = map->GetTimestamp();
+    int calls = 0;
+    auto const binding = map->Bind([&](auto const&) { ++calls; });
+
+    map->Exchange({"a", "there is none"}, {c, other});
+    EXPECT_EQ(map->GetChildren(), (std::vector<std::shared_ptr<Node>>{b, c, other}));
+    EXPECT_EQ(a->GetParent(), nullptr);
+    EXPECT_EQ(b->GetParent(), map);
+    EXPECT_EQ(other->GetPath(), "map.a");
+    EXPECT_GT(map->GetTimestamp(), before);
+    EXPECT_EQ(calls, 0);
+    root->Fire();
+    EXPECT_EQ(calls, 1);
+    root->Fire();
+    EXPECT_EQ(calls, 1);
+    map->Exchange({"a"}, {});
+    map->Exchange({}, {a});
+    EXPECT_EQ(map->GetChildren(), (std::vector<std::shared_ptr<Node>>{b, c, a})) << "what was taken out may come back";
+
+    auto const then = map->GetTimestamp();
+    root->Fire();
+    map->Exchange({"there is none"}, {});
+    root->Fire();
+    EXPECT_EQ(map->GetTimestamp(), then);
+    EXPECT_EQ(calls, 2) << "nothing has changed";
+}
+
+TEST(MapExchange, FreesWhatGoes) {
+    auto const map = Map::Make("map");
+    std::weak_ptr<Node> gone;
+    {
+        auto const subtree = Map::Make("a");
+        subtree->Insert(Byte::Make("b", "", 1));
+        gone = subtree;
+        map->Insert(subtree);
+    }
+    map->Exchange({"a"}, {Byte::Make("a", "", 1)});
+    EXPECT_TRUE(gone.expired());
+}
+
+TEST(MapExchange, ChangesNothingWhenItRefusesAChild) {
+    auto const map = Map::Make("map"), below = Map::Make("below"), other = Map::Make("other");
+    map->Insert(below);
+    map->Insert(Byte::Make("a", "", 1));
+    auto const children = map->GetChildren();
+    auto const fresh = Byte::Make("fresh", "", 1);
+    auto const error = [&](Map& target, std::vector<std::shared_ptr<Node>> const& added) {
+        return MessageOf<std::invalid_argument>([&] { target.Exchange({"a"}, added); });
+    };
+    EXPECT_EQ(error(*map, {fresh, nullptr}), "map.?: there is no node to insert");
+    EXPECT_EQ(error(*map, {fresh, Map::Make("")}), "map.?: a node without a name cannot be inserted");
+    EXPECT_EQ(error(*map, {fresh, Byte::Make("below", "", 1)}), "map.below: the name is taken");
+    EXPECT_EQ(error(*map, {fresh, fresh}), "map.fresh: the name is taken");
+    EXPECT_EQ(error(*other, {fresh, below}), "map.below: the node is part of a tree already");
+    EXPECT_EQ(error(*below, {fresh, map}), "map.below: a node cannot become a child of a node below it");
+    EXPECT_EQ(map->GetChildren(), children);
+    EXPECT_EQ(fresh->GetParent(), nullptr);
+    auto const isMap = [](Node const& node) { return node.Is<Map>(); };
+    auto const picky = std::make_shared<Map>("map", "", Options(), Map::Timestamp(), isMap);
+    EXPECT_EQ(error(*picky, {fresh}), "map.fresh: the map does not take this node");
+    map->Freeze(Freeze::Frozen);
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { map->Exchange({"a"}, {}); }), "map: the configuration node is frozen");
+    EXPECT_EQ(map->GetChildren(), children);
+}
+
 class MapSet : public testing::Test {
 protected:
     MapSet() {

@@ -209,6 +209,10 @@ Operations MapOperations() {
                    inner->Insert(Text::Make("more", "", Long));
                    t.root->Insert(inner);
                }),
+        OnTree("MapExchange",
+               [](Tree& t) {
+                   t.root->Exchange({"text", "nothing"}, {Text::Make("text", "", Other), Text::Make("more", "", Long)});
+               }),
         OnTree("MapSet",
                [](Tree& t) {
                    t.root->Set({{"text", Other}, {"number", 7}, {"choice", Other}});
@@ -219,6 +223,7 @@ Operations MapOperations() {
                    Caught<std::invalid_argument>([&] { t.root->Insert(nullptr); });
                    Caught<std::invalid_argument>([&] { t.root->Insert(Map::Make("")); });
                    Caught<std::invalid_argument>([&] { t.root->Insert(Map::Make("text")); });
+                   Caught<std::invalid_argument>([&] { t.root->Exchange({"text"}, {Map::Make("number")}); });
                    Caught<std::out_of_range>([&] { t.root->Set("nothing", 1); });
                    Caught<std::out_of_range>([&] { t.root->Set({{"text", Other}, {"number", 70}}); });
                    Caught<std::invalid_argument>([&] { t.root->Set("number", nullptr); });

@@ -144,6 +144,8 @@ protected:
     Nodes const& GetChildrenLocked() const noexcept { return children_; }
     std::string GetPathLocked(Node const* root = nullptr) const;
     void CheckNotFrozenLocked() const;  ///< throws std::logic_error, with the path, for a frozen node
+    /// Throws std::invalid_argument for a node that is part of a tree already or above this one.
+    void CheckAdoptableLocked(Node const& child) const;
     /// Appends children; throws, before appending any, when one is part of a tree already or above this node.
     void AdoptLocked(Nodes const& children);
     /// Exchanges the children; the former ones are handed back and have no parent any more.
@@ -152,6 +154,7 @@ protected:
     /// Exchanges the staged value (null: none) with the given one.
     void StageLocked(ObjectPtr& value) noexcept { staged_.swap(value); }
     void SetTimestampLocked(Timestamp timestamp) noexcept { timestamp_ = timestamp; }
+    void SetPendingLocked() noexcept { pending_ = true; }  ///< the next Fire, also from above, calls the handlers
 
 private:
     /// Whether data is written member by member into the current object, instead of as one value.

@@ -34,6 +34,10 @@ public:
     /// Adds a child and fires the map. Throws std::invalid_argument for a null or nameless node, a name that is taken,
     /// a node that is part of a tree already or that the predicate refuses, and std::logic_error for a frozen map.
     void Insert(std::shared_ptr<Node> child);
+    /// Takes the children of these names out, as far as they are there, and adds others behind those that stay: in one
+    /// step, or nothing of it when it throws what Insert throws. Fires nothing: the next Fire of this map, or of one
+    /// above, calls its handlers, as after a commit.
+    void Exchange(std::vector<std::string> const& removed, std::vector<std::shared_ptr<Node>> added);
 
     /// Sets values below this map, then fires those that changed: all of them, or none when one is refused. Throws
     /// std::out_of_range for a path without a node, object::BadCast for one without a value, std::invalid_argument for
@@ -66,6 +70,8 @@ private:
     bool IsCurrentLocked(object::Object const& value) const noexcept override;
     void CommitLocked(ObjectPtr& value) noexcept override;
 
+    /// Throws std::invalid_argument for what cannot be a child of any name.
+    void CheckChild(Node const* child) const;
     void SetOne(Change change);
     std::shared_ptr<Node> FindLocked(std::string_view path) const;
     /// The child of a name, or the element of a child for a name such as "classes[0]".
