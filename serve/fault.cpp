@@ -14,6 +14,8 @@ std::string Summarise(std::vector<Fault> const& faults) {
 
 }  // namespace
 
+Refused::Refused(Fault fault) : Refused(std::vector<Fault>{std::move(fault)}) {}
+
 Refused::Refused(std::vector<Fault> faults) : std::runtime_error(Summarise(faults)), faults_(std::move(faults)) {}
 
 }  // namespace qel::serve

@@ -21,6 +21,7 @@ class Refused : public std::runtime_error {
 public:
     /// faults: at least one; what() tells the first and how many more there are.
     explicit Refused(std::vector<Fault> faults);
+    explicit Refused(Fault fault);
 
     std::vector<Fault> const& GetFaults() const noexcept { return faults_; }
 

@@ -1,0 +1,61 @@
+#include "config_file.hpp"
+
+#include <boost/filesystem/operations.hpp>
+
+#include "calibration/file.hpp"
+#include "document.hpp"
+#include "error.hpp"
+#include "qel/logging/logger.hpp"
+
+namespace qel::serve {
+namespace {
+
+logging::Logger const log(logging::Name("qel.serve.ConfigFile"));
+
+// What is too large to be used is told by whoever parses it.
+std::string ReadAll(boost::filesystem::path const& file) {
+    return host::calibration::ReadFile(file.string(), MaximumDocumentSize * 2);
+}
+
+}  // namespace
+
+ConfigFile::ConfigFile(boost::filesystem::path const& file)
+    : file_(boost::filesystem::absolute(file).lexically_normal()) {}
+
+std::optional<std::string> ConfigFile::Read() const {
+    boost::system::error_code ignored;
+    if (!boost::filesystem::exists(file_, ignored)) return std::nullopt;
+    return ReadAll(file_);
+}
+
+std::optional<std::string> ConfigFile::ReadLastGood() const {
+    try {
+        return ReadAll(GetLastGoodPath());
+    } catch (host::Error const&) {
+        return std::nullopt;
+    }
+}
+
+void ConfigFile::Save(std::string const& content) const {
+    host::calibration::ReplaceFile(file_.string(), content);
+    try {
+        SaveLastGood(content);
+    } catch (host::Error const& error) {
+        log.Log(logging::Level::Warning, "The last good configuration is not kept: %0%", error.what());
+    }
+}
+
+void ConfigFile::SaveLastGood(std::string const& content) const {
+    host::calibration::ReplaceFile(GetLastGoodPath().string(), content);
+}
+
+void ConfigFile::KeepBroken() const {
+    boost::system::error_code error;
+    boost::filesystem::copy_file(file_, GetBrokenPath(), boost::filesystem::copy_options::overwrite_existing, error);
+    if (error) {
+        throw host::Error("cannot keep '" + file_.string() + "' as '" + GetBrokenPath().string() +
+                          "': " + error.message());
+    }
+}
+
+}  // namespace qel::serve
