@@ -1,0 +1,342 @@
+#include "mqtt/publisher.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <csignal>
+#include <deque>
+#include <exception>
+#include <iomanip>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "backoff.hpp"
+#include "mqtt/client.hpp"
+#include "mqtt/onvif.hpp"
+#include "mqtt/publisher_metrics.hpp"
+#include "mqtt/spool.hpp"
+#include "mqtt/wake_up.hpp"
+#include "qel/logging/logger.hpp"
+
+// One thread does everything but putting lines into the spool, which their own threads do.
+//
+// The broker remembers messages on their way by numbers that this library of MQTT hands out from 1 in each process, so
+// what it remembers of an earlier process would be taken for ours: a session is forgotten before it is used for the
+// first time (Phase::Clear). After that it is kept, and a connection that comes back completes what was on its way. A
+// broker that has forgotten the session leaves open how far those messages came: they are sent again.
+namespace qel::serve::mqtt {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+logging::Logger const Log(logging::Name("qel.serve.mqtt.Publisher"));
+
+constexpr std::size_t LinesOnTheirWay = 20;
+constexpr seconds ConnectTime{10};
+constexpr seconds LastLinesTime{2};
+constexpr seconds LastWordTime{1};
+constexpr seconds ReportPause{60};
+
+std::string Pack(std::string_view stream, std::string_view line) {
+    auto const now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now().time_since_epoch());
+    while (line.ends_with('\n')) line.remove_suffix(1);
+    std::string record = std::to_string(now.count());
+    return record.append("\n").append(stream).append("\n").append(line);
+}
+
+struct Line {
+    std::chrono::system_clock::time_point time{};
+    std::string_view stream{};
+    std::string_view text{};
+};
+
+Line Unpack(std::string_view record) {
+    std::size_t const first = record.find('\n');
+    std::size_t const second = record.find('\n', first + 1);
+    std::int64_t count = 0;
+    std::from_chars(record.data(), record.data() + first, count);
+    return {std::chrono::system_clock::time_point(milliseconds(count)), record.substr(first + 1, second - first - 1),
+            record.substr(second + 1)};
+}
+
+std::string ToHex(std::uint64_t number) {
+    std::ostringstream text;
+    text << std::hex << std::setw(16) << std::setfill('0') << number;
+    return text.str();
+}
+
+}  // namespace
+
+struct Publisher::Impl : Client::Listener {
+    enum class Phase { Clear, Publish };
+
+    /// A line of the spool and the messages made of it that are not completed.
+    struct OnItsWay {
+        std::uint64_t number = 0;
+        std::vector<int> ids{};
+    };
+
+    Impl(Options given, prometheus::Registry& registry)
+        : options(std::move(given)),
+          metrics(registry),
+          spool(options.spool, options.spoolBytes),
+          backoff(options.firstPause, options.longestPause),
+          statusTopic(options.broker.prefix + "/status") {
+        MakeClient(Phase::Clear);
+        metrics.SetSpool(spool.GetCounts());
+        thread = std::thread([this] { Run(); });
+    }
+
+    ~Impl() override {
+        stopping = true;
+        wake.Call();
+        thread.join();
+    }
+
+    void MakeClient(Phase which) {
+        phase = which;
+        bool const clear = phase == Phase::Clear;
+        client.emplace(options.broker, "qel-" + spool.GetId(), clear ? Client::Session::Fresh : Client::Session::Kept,
+                       clear ? Client::Will{} : Client::Will{statusTopic, "offline"}, *this);
+        nextAttempt = Clock::now();
+    }
+
+    void OnConnected(bool resumed) override {
+        connecting = false;
+        if (phase == Phase::Clear) {
+            cleared = true;
+            return;
+        }
+        sessionLost = !resumed && !onTheirWay.empty();
+        if (sessionLost) return;
+        backoff.Reset();
+        connected = true;
+        greeting = true;
+        metrics.SetConnected(true);
+        if (connections++ > 0) metrics.CountReconnect();
+        if (std::exchange(away, false)) Log.Log(logging::Level::Notice, "the broker %0% is back", Where());
+    }
+
+    void OnCompleted(int id, std::string const& refusal) override {
+        if (sessionLost) return;
+        if (id == lastWordId) lastWordSaid = true;
+        for (auto& line : onTheirWay) {
+            auto const found = std::find(line.ids.begin(), line.ids.end(), id);
+            if (found == line.ids.end()) continue;
+            line.ids.erase(found);
+            if (refusal.empty()) {
+                metrics.CountPublished();
+            } else {
+                Refuse(refusal);
+            }
+            return;
+        }
+    }
+
+    void OnClosed(std::string const& reason) override {
+        connecting = false;
+        connected = false;
+        metrics.SetConnected(false);
+        nextAttempt = Clock::now() + backoff.Next();
+        if (std::exchange(away, true)) return;
+        Log.Log(logging::Level::Warning,
+                "no connection to the broker %0%: %1%; lines are kept in '%2%' until there is one", Where(), reason,
+                options.spool.string());
+    }
+
+    void Refuse(std::string const& reason) {
+        metrics.CountRefused();
+        if (Clock::now() < nextRefusalReport) return;
+        nextRefusalReport = Clock::now() + ReportPause;
+        Log.Log(logging::Level::Warning, "the broker %0% does not take a message: %1%", Where(), reason);
+    }
+
+    std::string Where() const { return options.broker.GetName(); }
+
+    void Run() {
+        // A connection that breaks while something is written must not end the process.
+        sigset_t pipe;
+        sigemptyset(&pipe);
+        sigaddset(&pipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+        for (bool over = false; !over;) {
+            try {
+                Step();
+                over = IsOver();
+            } catch (std::exception const& error) {
+                Log.Log(logging::Level::Error, "publishing to %0%: %1%", Where(), error.what());
+                std::this_thread::sleep_for(seconds(1));
+            }
+        }
+        if (connected) client->Disconnect();
+    }
+
+    void Step() {
+        auto const now = Clock::now();
+        if (connecting && now > connectDeadline) OnClosed("no answer within 10 seconds");
+        if (!connecting && !connected && now >= nextAttempt) {
+            connecting = true;
+            connectDeadline = now + ConnectTime;
+            client->Open();
+        }
+        Feed();
+        auto const ready = wake.Wait(GetSocket(), connecting || connected ? client->WantsToWrite() : false, GetPause());
+        if (GetSocket() >= 0) client->Serve(ready.readable, ready.writable);
+        if (std::exchange(cleared, false)) {
+            client->Disconnect();
+            MakeClient(Phase::Publish);
+        }
+        if (std::exchange(sessionLost, false)) {
+            onTheirWay.clear();
+            spool.Rewind();
+            client->Disconnect();
+            MakeClient(Phase::Clear);
+        }
+        if (std::exchange(greeting, false)) Say("online");
+        Settle();
+        if (now >= nextTick) {
+            nextTick = now + seconds(1);
+            spool.Sync();
+            Report();
+        }
+    }
+
+    int GetSocket() const { return connecting || connected ? client->GetSocket() : -1; }
+
+    milliseconds GetPause() const {
+        auto until = nextTick;
+        if (!connecting && !connected) until = std::min(until, nextAttempt);
+        if (lastWordId != 0) until = std::min(until, stopDeadline);
+        return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(until - Clock::now()));
+    }
+
+    void Feed() {
+        if (stopping && Clock::now() > stopDeadline) return;
+        while (connected && onTheirWay.size() < LinesOnTheirWay) {
+            auto const record = spool.Take();
+            if (!record) return;
+            Line const line = Unpack(record->bytes);
+            std::string const topic = options.broker.prefix + "/" + std::string(line.stream);
+            onTheirWay.push_back({record->number, {}});
+            Send(topic + "/detections", line.text, *record);
+            if (!options.onvif) continue;
+            std::string const frame = MakeOnvifFrame(line.stream, line.time, line.text);
+            if (!frame.empty()) Send(topic + "/onvif", frame, *record);
+        }
+    }
+
+    void Send(std::string const& topic, std::string_view payload, Spool::Record const& record) {
+        int id = 0;
+        std::string const refusal = client->Publish(
+            {topic, payload, 2, false, {{"run", ToHex(record.run)}, {"number", std::to_string(record.number)}}}, id);
+        if (refusal.empty()) {
+            onTheirWay.back().ids.push_back(id);
+        } else {
+            Refuse(refusal);
+        }
+    }
+
+    int Say(char const* word) {
+        int id = 0;
+        std::string const refusal = client->Publish({statusTopic, word, 1, true, {}}, id);
+        if (!refusal.empty()) Refuse(refusal);
+        return refusal.empty() ? id : 0;
+    }
+
+    /// Takes off the spool what is completed, up to the first line that is not.
+    void Settle() {
+        std::optional<std::uint64_t> completed;
+        while (!onTheirWay.empty() && onTheirWay.front().ids.empty()) {
+            completed = onTheirWay.front().number;
+            onTheirWay.pop_front();
+        }
+        if (completed) spool.Complete(*completed);
+    }
+
+    void Report() {
+        auto const counts = spool.GetCounts();
+        metrics.SetSpool(counts);
+        if (counts.lost == reportedLost || Clock::now() < nextLossReport) return;
+        Log.Log(logging::Level::Warning,
+                "%0% lines are lost that should have gone to %1%: the spool is full or cannot "
+                "be written",
+                counts.lost - reportedLost, Where());
+        reportedLost = counts.lost;
+        nextLossReport = Clock::now() + ReportPause;
+    }
+
+    /// Whether the thread is to end: at once without a connection, else when the last lines and words are out or had
+    /// their time.
+    bool IsOver() {
+        if (!stopping) return false;
+        auto const now = Clock::now();
+        if (!stopBegun) {
+            stopBegun = true;
+            stopDeadline = now + LastLinesTime;
+        }
+        if (!connected) return true;
+        if (lastWordId == 0) {
+            bool const empty = onTheirWay.empty() && spool.GetCounts().messages == 0;
+            if (!empty && now < stopDeadline) return false;
+            lastWordId = Say("offline");
+            stopDeadline = now + LastWordTime;
+            return lastWordId == 0;
+        }
+        return (lastWordSaid && onTheirWay.empty()) || now >= stopDeadline;
+    }
+
+    Options options;
+    PublisherMetrics metrics;
+    Spool spool;
+    WakeUp wake{};
+    host::Backoff backoff;
+    std::string statusTopic;
+    std::atomic<bool> stopping = false;
+    std::atomic<bool> connected = false;
+
+    // Of the thread alone.
+    Phase phase = Phase::Clear;
+    std::optional<Client> client{};
+    bool connecting = false;
+    bool cleared = false;
+    bool sessionLost = false;
+    bool greeting = false;
+    bool away = false;
+    std::uint64_t connections = 0;
+    std::deque<OnItsWay> onTheirWay{};
+    Clock::time_point nextAttempt{};
+    Clock::time_point connectDeadline{};
+    Clock::time_point nextTick{};
+    Clock::time_point nextRefusalReport{};
+    Clock::time_point nextLossReport{};
+    std::uint64_t reportedLost = 0;
+    bool stopBegun = false;
+    Clock::time_point stopDeadline{};
+    int lastWordId = 0;
+    bool lastWordSaid = false;
+
+    std::thread thread{};
+};
+
+Publisher::Publisher(Options options, prometheus::Registry& metrics)
+    : impl_(std::make_unique<Impl>(std::move(options), metrics)) {}
+
+Publisher::~Publisher() = default;
+
+void Publisher::Publish(std::string_view stream, std::string_view line) noexcept {
+    try {
+        impl_->spool.Append(Pack(stream, line));
+    } catch (std::exception const&) {
+        // The spool counts it, and the thread reports it.
+    }
+    impl_->wake.Call();
+}
+
+bool Publisher::IsConnected() const noexcept { return impl_->connected; }
+
+}  // namespace qel::serve::mqtt
