@@ -1,4 +1,4 @@
-// Labelling row by row beside our whole-image labeller; no peer does it.
+// Labelling row by row beside our whole-image labeller and the step-by-step model of the tests; no peer does it.
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,6 +8,7 @@
 #include "concom/benches.hpp"
 #include "qel/algorithm/connected_components.hpp"
 #include "qel/algorithm/line_by_line_connected_components.hpp"
+#include "reference/line_by_line.hpp"
 #include "support/masks.hpp"
 
 namespace qel::benchmarks {
@@ -33,6 +34,19 @@ void RegisterLineByLine(Size size) {
             ConnectedComponents labeller;
             std::vector<ConnectedComponents::Blob> blobs;
             for (auto _ : state) benchmark::DoNotOptimize(labeller.Connect8Way(*mask, 0, blobs));
+        });
+        // Elsewhere it takes too long: it searches lists.
+        if (!named.name.starts_with("demo-")) continue;
+        benchmark::RegisterBenchmark((name + "/reference").c_str(), [=](benchmark::State& state) {
+            reference::LineLabeller labeller(size.width);
+            std::vector<std::uint32_t> const empty(mask->GetStride());
+            for (auto _ : state) {
+                std::uint32_t const* row = mask->GetData().data();
+                for (unsigned int y = 0; y < size.height; ++y, row += mask->GetStride()) {
+                    benchmark::DoNotOptimize(labeller.LineByLine8Way(row));
+                }
+                benchmark::DoNotOptimize(labeller.LineByLine8Way(empty.data()));
+            }
         });
     }
 }

@@ -1,6 +1,7 @@
-// A fill by runs: each run is extended, filled at once, and the rows above and below it are searched for runs that it
-// touches. dst is the record of what has been visited. Rows are searched word by word. Where many runs come to wait,
-// the region is grown by whole rows from there for as long as that gains much, and finished by runs.
+// A region that fits into a window of 64 columns is grown there. Others are filled by runs: each run is extended,
+// filled at once, and the rows above and below it are searched for runs that it touches. dst is the record of what has
+// been visited. Rows are searched word by word. Where many runs come to wait, the region is grown by whole rows from
+// there for as long as that gains much, and finished by runs.
 #include "qel/algorithm/bit_mask/flood_fill.hpp"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 
 #include "bit_mask/region_sweep.hpp"
 #include "bit_mask/scan_row.hpp"
+#include "bit_mask/window_fill.hpp"
 #include "bit_mask/word_masks.hpp"
 #include "qel/algorithm/bit_mask/fill_scan_line.hpp"
 
@@ -198,7 +200,7 @@ void FloodFill8Way(BitMask const& src, BitMask& dst, geometry::Point<unsigned in
     if (seed.y >= stored) return;
     if (value == 0) return FillScanLine(dst.GetData().data() + seed.y * stride, seed.x, seed.x, 0);
     unsigned int const height = static_cast<unsigned int>(std::min<std::size_t>(src.GetSize().height, stored));
-    Fill(src, dst, height).Run(seed);
+    if (!FillWindow(src, dst, height, seed)) Fill(src, dst, height).Run(seed);
 }
 
 }  // namespace qel::algorithm::bit_mask

@@ -1,5 +1,6 @@
 #include "qel/algorithm/bit_mask/flood_fill.hpp"
 
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -121,6 +122,26 @@ TEST(FloodFill8Way, GivesTheDefinitionOnNoise) {
         BitMask const src = reference::Noise(size, reference::Draw(random, 1, 99), random);
         BitMask dst = random() % 2 == 0 ? BitMask() : reference::Noise(size, reference::Draw(random, 0, 30), random);
         geometry::Point<unsigned int, 2> const seed{reference::Draw(random, 0, size.width - 1),
+                                                    reference::Draw(random, 0, size.height - 1)};
+        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
+        FloodFill8Way(src, dst, seed, 1);
+        ASSERT_EQ(dst, expected) << size << ' ' << seed.x << ' ' << seed.y;
+    }
+}
+
+TEST(FloodFill8Way, GivesTheDefinitionForRegionsAsWideAsAWindow) {
+    // Grown in 64 columns, of which the first stands at a word's; wider ones go on in another way.
+    std::mt19937 random(58);
+    for (int i = 0; i < 4000; ++i) {
+        BitMask::Size const size{reference::Draw(random, 33, 260), reference::Draw(random, 1, 60)};
+        unsigned int const width = reference::Draw(random, 1, 70), left = reference::Draw(random, 0, size.width - 1);
+        unsigned int const grainX = reference::Draw(random, 1, 3), grainY = reference::Draw(random, 1, 6);
+        BitMask const grains = reference::Noise(size, reference::Draw(random, 40, 99), random);
+        BitMask const src = reference::Draw(size, random, [&](unsigned int x, unsigned int y) {
+            return x >= left && x < left + width && reference::Get(grains, x / grainX, y / grainY);
+        });
+        BitMask dst = i % 2 == 0 ? BitMask() : reference::Noise(size, 3, random);
+        geometry::Point<unsigned int, 2> const seed{std::min(left + width / 2, size.width - 1),
                                                     reference::Draw(random, 0, size.height - 1)};
         BitMask const expected = reference::FloodFill8Way(src, dst, seed);
         FloodFill8Way(src, dst, seed, 1);
