@@ -49,6 +49,8 @@ public:
     virtual geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept = 0;
     /// Frames per second as the source declares them; 0 when it does not.
     virtual double GetFrameRate() const noexcept = 0;
+    /// Whether frames come at a pace of their own, and are lost when nobody reads them in time.
+    virtual bool IsLive() const noexcept { return false; }
     /// How many frames there will be; nothing for a source without a known end.
     virtual std::optional<std::uint64_t> GetExpectedFrames() const noexcept = 0;
     /// What is odd about a source that was read to its end without an error, as one line; nothing when all is well.

@@ -6,19 +6,13 @@
 
 #include "error.hpp"
 #include "text.hpp"
+#include "working_frame.hpp"
 
 namespace qel::host {
 namespace {
 
 /// How often a wait looks whether it shall end.
 constexpr std::chrono::milliseconds PollTime{20};
-
-FrameSource::Frame WithTimestamp(FrameSource::Frame const& frame, media::TimePoint time) {
-    FrameSource::Frame::Planes planes{};
-    for (std::size_t i = 0; i < planes.size(); ++i) planes[i] = frame.GetPlane(i);
-    return {planes,         frame.GetColourFormat(), frame.GetSize(), time, frame.GetRotation(),
-            frame.GetRef(), frame.GetUnref()};
-}
 
 /// A reason that more is to follow.
 std::string WithoutStop(std::string text) {
@@ -42,7 +36,9 @@ ReconnectingSource::ReconnectingSource(std::string name, Open open, ReconnectPol
       backoff_(policy.firstWait, policy.longestWait) {
     first_ = Pull();
     if (first_) firstSize_ = first_->GetSize();
-    if (source_) frameRate_ = source_->GetFrameRate();
+    if (!source_) return;
+    frameRate_ = source_->GetFrameRate();
+    isLive_ = source_->IsLive();
 }
 
 std::optional<FrameSource::Frame> ReconnectingSource::Read() {

@@ -45,6 +45,8 @@ public:
     Losses GetLosses() const override;
     geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept override;
     double GetFrameRate() const noexcept override { return frameRate_; }
+    /// As the first connection was.
+    bool IsLive() const noexcept override { return isLive_; }
     std::optional<std::uint64_t> GetExpectedFrames() const noexcept override { return std::nullopt; }
     std::optional<std::string> GetWarning() const override { return std::nullopt; }
 
@@ -69,6 +71,7 @@ private:
     std::optional<Frame> first_;
     geometry::Dimension<unsigned int, 2> firstSize_;
     double frameRate_ = 0;
+    bool isLive_ = false;
     std::optional<std::chrono::nanoseconds> gap_;
     /// When the last frame came.
     std::optional<Clock::time_point> lastFrame_;

@@ -1,6 +1,7 @@
 #include "run.hpp"
 
 #include <algorithm>
+#include <type_traits>
 #include <vector>
 
 #include "text.hpp"
@@ -9,17 +10,6 @@ namespace qel::host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// Adds the time that an action takes to a stage, also when it throws.
-template <class Action>
-decltype(auto) Timed(StageTime& stage, Action&& action) {
-    struct Stop {
-        StageTime& stage;
-        Clock::time_point start = Clock::now();
-        ~Stop() { stage.time += Clock::now() - start; }
-    } const stop{stage};
-    return action();
-}
 
 class Loop {
 public:
@@ -44,6 +34,22 @@ public:
     }
 
 private:
+    /// Adds the time that an action takes to a stage, also when it throws.
+    template <class Action>
+    std::invoke_result_t<Action> Timed(StageTime& stage, Action&& action) {
+        struct Stop {
+            Loop& loop;
+            StageTime& stage;
+            Clock::time_point start = Clock::now();
+            ~Stop() {
+                auto const time = Clock::now() - start;
+                stage.time += time;
+                if (loop.plan_.timed) loop.plan_.timed(stage.stage, time);
+            }
+        } const stop{*this, stage};
+        return action();
+    }
+
     StageTime& SinkStage(std::size_t index) { return report_.stages[2 + index]; }
 
     /// Runs an action and keeps its exception, unless there is an earlier one.
@@ -58,7 +64,7 @@ private:
 
     bool Step() {
         auto const frame = Timed(report_.stages[0], [this] { return plan_.source.Read(); });
-        if (!frame) return false;
+        if (!frame || (plan_.pace && !plan_.pace(*frame))) return false;
         auto const gap = plan_.source.GetGap();
         bool const continues = report_.frames == 0 || (!gap && frame->GetSize() == size_);
         size_ = frame->GetSize();
@@ -70,7 +76,7 @@ private:
         for (std::size_t i = 0; i < plan_.sinks.size(); ++i) {
             // Set while the sink is at work, so that it stays set when the sink throws.
             sinkFailed_[i] = true;
-            Timed(SinkStage(i), [&] { plan_.sinks[i]->Take({report_.frames, shown, result, gap}); });
+            Timed(SinkStage(i), [&] { plan_.sinks[i]->Take({plan_.firstIndex + report_.frames, shown, result, gap}); });
             sinkFailed_[i] = false;
         }
         ++report_.frames;

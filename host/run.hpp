@@ -28,6 +28,13 @@ struct RunPlan {
     /// Called before a frame that does not continue the ones before: the source was away, or the frame has another
     /// size; may be empty.
     std::function<void()> startAnew{};
+    /// Called with each frame before it is analysed; may wait, which belongs to no stage's time; false ends the run
+    /// without that frame. May be empty.
+    std::function<bool(FrameSource::Frame const&)> pace{};
+    /// Called with each stage and what it has just taken for one frame; must not throw; may be empty.
+    std::function<void(std::string const& stage, std::chrono::nanoseconds)> timed{};
+    /// The number of the first frame.
+    std::uint64_t firstIndex = 0;
 };
 
 /// The time that one step of a run took, over all frames.

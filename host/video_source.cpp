@@ -266,5 +266,6 @@ Location const& VideoSource::GetLocation() const noexcept { return impl_->locati
 geometry::Dimension<unsigned int, 2> VideoSource::GetFrameSize() const noexcept { return impl_->firstSize; }
 std::optional<std::uint64_t> VideoSource::GetExpectedFrames() const noexcept { return impl_->expectedFrames; }
 double VideoSource::GetFrameRate() const noexcept { return impl_->frameRate; }
+bool VideoSource::IsLive() const noexcept { return impl_->isLive; }
 
 }  // namespace qel::host

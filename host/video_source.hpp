@@ -47,6 +47,7 @@ public:
     /// As many as the headers promise.
     std::optional<std::uint64_t> GetExpectedFrames() const noexcept override;
     double GetFrameRate() const noexcept override;
+    bool IsLive() const noexcept override;
 
 private:
     struct Impl;

@@ -112,4 +112,9 @@ Frame MakeReadOnly(Writable const& frame) {
             frame.GetRef(), frame.GetUnref()};
 }
 
+WorkingFrame::Frame WithTimestamp(WorkingFrame::Frame const& frame, media::TimePoint time) {
+    return {frame.GetPlanes(),   frame.GetColourFormat(), frame.GetSize(), time,
+            frame.GetRotation(), frame.GetRef(),          frame.GetUnref()};
+}
+
 }  // namespace qel::host

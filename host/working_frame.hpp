@@ -45,4 +45,8 @@ media::video::FrameBase<void> CopyFrame(media::video::FrameBase<void const> cons
 /// The same frame, to be read only; shares the pixels.
 media::video::FrameBase<void const> MakeReadOnly(media::video::FrameBase<void> const& frame);
 
+/// The same frame at another time; shares the pixels.
+media::video::FrameBase<void const> WithTimestamp(media::video::FrameBase<void const> const& frame,
+                                                  media::TimePoint time);
+
 }  // namespace qel::host

@@ -9,7 +9,7 @@
 #include "algorithm_chain.hpp"
 #include "annotation_sink.hpp"
 #include "calibration/calibration_file.hpp"
-#include "calibration/ground_grid.hpp"
+#include "calibration/grid_overlay.hpp"
 #include "calibration/object_measurer.hpp"
 #include "catalogue.hpp"
 #include "command.hpp"
@@ -18,7 +18,6 @@
 #include "json_lines_sink.hpp"
 #include "memory.hpp"
 #include "models_option.hpp"
-#include "overlay.hpp"
 #include "plugins_option.hpp"
 #include "progress.hpp"
 #include "run.hpp"
@@ -145,12 +144,7 @@ void CheckOutputs(Options const& options, host::Location const& location) {
 /// Draws a grid in metres on the ground.
 host::AnnotationSink::Backdrop MakeBackdrop(host::calibration::Calibration const& calibration) {
     return [mounting = calibration.mounting](host::Picture& picture) {
-        std::vector<host::OverlayLine> lines;
-        host::calibration::Size const size{static_cast<int>(picture.size.width), static_cast<int>(picture.size.height)};
-        for (host::calibration::GridLine& line : host::calibration::MakeGroundGrid(mounting, size)) {
-            lines.push_back({line.from, line.to, line.labelAt, std::move(line.label)});
-        }
-        host::DrawLines(picture, picture.size, lines);
+        host::calibration::DrawGroundGrid(picture, picture.size, mounting);
     };
 }
 
@@ -216,8 +210,9 @@ int Run(Options const& options) {
     CheckOutputs(options, location);
     CheckStreamOptions(options.stream, location);
     std::optional<host::Progress> progress;
-    auto const opened = OpenSource(
-        options.stream, location, algorithms.GetColourFormats(), [&] { return interrupt.GetSignal() != 0; },
+    if (host::IsStream(location)) host::PrepareForLongRun();
+    auto const opened = host::OpenSource(
+        location, algorithms.GetColourFormats(), ToPolicy(options.stream), [&] { return interrupt.GetSignal() != 0; },
         [&](std::string const& loss) {
             if (progress) progress->Clear();
             Say("warning: " + loss);

@@ -3,15 +3,9 @@
 #include <chrono>
 
 #include "error.hpp"
-#include "memory.hpp"
-#include "reconnecting_source.hpp"
-#include "video_source.hpp"
 
 namespace qel::app {
 namespace {
-
-/// How long a stream may be silent unless the option says otherwise, in seconds.
-constexpr double StallTimeout = 10;
 
 /// What is wrong with the value of --reconnect; nothing when it has none, or a number of attempts.
 std::string CheckAttempts(std::string const& text) {
@@ -53,18 +47,15 @@ void CheckStreamOptions(StreamOptions const& options, host::Location const& loca
                            (location.file ? "' is a file" : "' is read once"));
 }
 
-std::unique_ptr<host::FrameSource> OpenSource(StreamOptions const& options, host::Location const& location,
-                                              std::vector<media::ColourFormat> const& formats,
-                                              std::function<bool()> const& stop,
-                                              std::function<void(std::string const&)> const& warn) {
-    if (host::IsStream(location)) host::PrepareForLongRun();
-    auto const silence = std::chrono::duration_cast<std::chrono::nanoseconds>(
-        std::chrono::duration<double>(options.stallTimeout.value_or(StallTimeout)));
-    auto const open = [=] { return std::make_unique<host::VideoSource>(location, formats, stop, silence); };
-    if (options.reconnect.empty()) return open();
-    host::ReconnectPolicy policy;
-    if (options.reconnect != "true") policy.attempts = std::stoull(options.reconnect);
-    return std::make_unique<host::ReconnectingSource>(location.name, open, policy, stop, warn);
+host::StreamPolicy ToPolicy(StreamOptions const& options) {
+    host::StreamPolicy policy;
+    if (!options.reconnect.empty()) policy.reconnect.emplace();
+    if (policy.reconnect && options.reconnect != "true") policy.reconnect->attempts = std::stoull(options.reconnect);
+    if (options.stallTimeout) {
+        policy.silence =
+            std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(*options.stallTimeout));
+    }
+    return policy;
 }
 
 }  // namespace qel::app

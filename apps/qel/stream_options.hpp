@@ -1,16 +1,12 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "frame_source.hpp"
 #include "location.hpp"
-#include "qel/media/colour_format.hpp"
+#include "open_source.hpp"
 
 namespace qel::app {
 
@@ -27,10 +23,7 @@ void AddStreamOptions(CLI::App& command, StreamOptions& options);
 /// Throws UsageError when an option is given that means nothing for this video.
 void CheckStreamOptions(StreamOptions const& options, host::Location const& location);
 
-/// Opens the video and waits for its first frame. stop: true ends the source; warn: told of losses and returns.
-std::unique_ptr<host::FrameSource> OpenSource(StreamOptions const& options, host::Location const& location,
-                                              std::vector<media::ColourFormat> const& formats,
-                                              std::function<bool()> const& stop,
-                                              std::function<void(std::string const&)> const& warn);
+/// The options in the host's terms.
+host::StreamPolicy ToPolicy(StreamOptions const& options);
 
 }  // namespace qel::app

@@ -64,6 +64,7 @@ public:
     Losses GetLosses() const override { return {.droppedFrames = 3}; }
     geometry::Dimension<unsigned int, 2> GetFrameSize() const noexcept override { return {8, 8}; }
     double GetFrameRate() const noexcept override { return 25; }
+    bool IsLive() const noexcept override { return true; }
     std::optional<std::uint64_t> GetExpectedFrames() const noexcept override { return 99; }
     std::optional<std::string> GetWarning() const override { return "odd"; }
 
@@ -122,6 +123,7 @@ TEST_F(Reconnecting, GoesOnAfterEveryKindOfLoss) {
                         {FrameAt(0ms), FrameAt(40ms), End}});
     EXPECT_EQ(source.GetFrameSize().width, 8U);
     EXPECT_EQ(source.GetFrameRate(), 25);
+    EXPECT_TRUE(source.IsLive());
     EXPECT_FALSE(source.GetExpectedFrames());
     EXPECT_FALSE(source.GetWarning());
     Seen const seen = ReadAll(source);

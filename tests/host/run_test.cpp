@@ -231,6 +231,48 @@ TEST(RunOfAnUnsteadySource, StartsAnewAfterAGapAndWithANewSize) {
     EXPECT_EQ(report.losses.away, 3s);
 }
 
+TEST(RunOfAnUnsteadySource, AsksThePaceBeforeEachFrameAndEndsWhenItSaysSo) {
+    UnsteadySource endless(std::vector<UnsteadySource::Step>(8, {8}));
+    std::vector<std::string> steps;
+    RunPlan plan{.source = endless,
+                 .analyse =
+                     [&](FrameSource::Frame const& frame, algorithm::video::Result&) {
+                         steps.push_back("analyse");
+                         return frame;
+                     },
+                 .sinks = {},
+                 .pace =
+                     [&](FrameSource::Frame const& frame) {
+                         EXPECT_EQ(frame.GetWidth(), 8U);
+                         steps.push_back("pace");
+                         return steps.size() < 5;
+                     }};
+    EXPECT_EQ(host::Run(plan).frames, 2U);
+    EXPECT_THAT(steps, ElementsAre("pace", "analyse", "pace", "analyse", "pace"));
+}
+
+TEST(RunOfAnUnsteadySource, TellsTheTimeOfEachStageForEachFrame) {
+    UnsteadySource two({{8}, {8}});
+    NotingSink::Notes notes;
+    std::vector<std::string> stages;
+    std::chrono::nanoseconds total{0};
+    RunPlan plan{.source = two,
+                 .analyse = [](FrameSource::Frame const& frame, algorithm::video::Result&) { return frame; },
+                 .sinks = {},
+                 .timed =
+                     [&](std::string const& stage, std::chrono::nanoseconds time) {
+                         stages.push_back(stage);
+                         total += time;
+                     },
+                 .firstIndex = 40};
+    plan.sinks.push_back(std::make_unique<NotingSink>(notes, ~std::uint64_t{0}, false));
+    RunReport const report = host::Run(plan);
+    EXPECT_THAT(stages, ElementsAre("decode", "algorithm", "note", "decode", "algorithm", "note", "decode", "note"))
+        << "the last ones are the end of the source and of the sink";
+    EXPECT_EQ(total, report.stages[0].time + report.stages[1].time + report.stages[2].time);
+    EXPECT_THAT(notes.frames, ElementsAre(40, 41));
+}
+
 TEST(Summarise, TellsWhatWasLost) {
     using namespace std::chrono_literals;
     RunReport report;

@@ -103,6 +103,15 @@ TEST(WorkingFrame, TakesFramesOfAnotherSizeOrFormatInBetween) {
     EXPECT_FALSE(working.Change());
 }
 
+TEST(WithTimestamp, SharesThePixels) {
+    Frame const frame = MakeFrame(7);
+    media::TimePoint const later(std::chrono::seconds(3));
+    Frame const moved = WithTimestamp(frame, later);
+    EXPECT_EQ(moved.GetTimestamp(), later);
+    EXPECT_EQ(moved.GetPlane(0).GetBuffer(), frame.GetPlane(0).GetBuffer());
+    EXPECT_EQ(WithTimestamp(moved, frame.GetTimestamp()), frame);
+}
+
 TEST(WorkingFrame, GivesFramesThatOutliveItOnOtherThreads) {
     std::vector<std::thread> threads;
     {
