@@ -81,7 +81,7 @@ FrameSource::Frame ReconnectingSource::Take(Frame const& frame) {
         losses_.away += *gap_;
         ++losses_.returns;
         away_ = false;
-        say_("'" + name_ + "' is back after " + Seconds(*gap_));
+        say_(SourceNews::Back, "'" + name_ + "' is back after " + Seconds(*gap_));
     }
     lastFrame_ = now;
     if (++framesOfConnection_ == policy_.goodFrames) {
@@ -108,7 +108,7 @@ void ReconnectingSource::Lose(std::string const& reason, bool silent) {
     ++attemptsInARow_;
     ++losses_.attempts;
     auto const wait = backoff_.Next();
-    say_(WithoutStop(reason) + "; trying again in " + Seconds(wait));
+    say_(SourceNews::Lost, WithoutStop(reason) + "; trying again in " + Seconds(wait));
     Wait(wait);
 }
 

@@ -22,6 +22,9 @@ struct ReconnectPolicy {
     std::uint64_t goodFrames = 10;
 };
 
+/// What is told of a source that is opened again and again.
+enum class SourceNews { Lost, Back };
+
 /// A source that is opened again whenever it ends, fails or falls silent, so that its frames go on.
 ///
 /// Times of frames go on as well: the first frame after an interruption is as much later than the last one before it
@@ -30,11 +33,12 @@ class ReconnectingSource final : public FrameSource {
 public:
     /// What makes a new connection and waits for its first frame; throws LostError when it may be tried again.
     using Open = std::function<std::unique_ptr<FrameSource>()>;
-    using Say = std::function<void(std::string const&)>;
+    using Say = std::function<void(SourceNews news, std::string const& line)>;
 
     /// Opens the source and waits for its first frame, over as many connections as it takes.
-    /// name: what to call the source; stop: asked while waiting, true ends the source; say: told of each loss and
-    /// return, as one line. Throws Error when the source cannot be opened for a reason that will not pass.
+    /// name: what to call the source; stop: asked while waiting, true ends the source; say: told of each loss,
+    /// each attempt that failed and each return, as one line. Throws Error when the source cannot be opened for a
+    /// reason that will not pass.
     ReconnectingSource(std::string name, Open open, ReconnectPolicy const& policy, std::function<bool()> stop, Say say);
 
     /// Nothing only when told to stop. Throws Error when the source is given up.

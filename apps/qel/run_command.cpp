@@ -213,7 +213,7 @@ int Run(Options const& options) {
     if (host::IsStream(location)) host::PrepareForLongRun();
     auto const opened = host::OpenSource(
         location, algorithms.GetColourFormats(), ToPolicy(options.stream), [&] { return interrupt.GetSignal() != 0; },
-        [&](std::string const& loss) {
+        [&](host::SourceNews, std::string const& loss) {
             if (progress) progress->Clear();
             Say("warning: " + loss);
         });

@@ -88,7 +88,11 @@ protected:
                     connections_.pop_front();
                     return std::make_unique<ScriptedSource>(next);
                 },
-                policy, [this] { return stop; }, [this](std::string const& line) { said.push_back(line); }};
+                policy, [this] { return stop; },
+                [this](SourceNews news, std::string const& line) {
+                    said.push_back(line);
+                    told.push_back(news);
+                }};
     }
 
     struct Seen {
@@ -108,6 +112,7 @@ protected:
 
     ReconnectPolicy policy{.firstWait = 1ms, .longestWait = 4ms, .goodFrames = 3};
     std::vector<std::string> said;
+    std::vector<SourceNews> told;
     int opened = 0;
     bool stop = false;
 

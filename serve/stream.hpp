@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "algorithm_chain.hpp"
+#include "event_bus.hpp"
+#include "frame_source.hpp"
+#include "qel/media/colour_format.hpp"
+#include "reconnecting_source.hpp"
+#include "stream_metrics.hpp"
+#include "stream_spec.hpp"
+#include "stream_status.hpp"
+#include "viewer.hpp"
+
+namespace qel::serve {
+
+/// What a stream is made with.
+struct StreamParts {
+    /// Opens the stream's source in one of the formats, most wanted first, and waits for its first frame. stop: asked
+    /// while waiting; true ends the source. say: told when the source is lost and tries to come back of itself.
+    using Open = std::function<std::unique_ptr<host::FrameSource>(
+        StreamSpec const&, std::vector<media::ColourFormat> const&, std::function<bool()> const& stop,
+        host::ReconnectingSource::Say const& say)>;
+    /// Makes the algorithms that the stream names, of which there is at least one.
+    using MakeAlgorithms = std::function<std::unique_ptr<host::AlgorithmChain>(StreamSpec const&)>;
+
+    Open open;
+    MakeAlgorithms makeAlgorithms;
+    /// Outlives the stream.
+    EventBus& bus;
+    std::shared_ptr<StreamMetrics> metrics;
+    /// The pauses between attempts, and after how many frames an attempt counts as a good one.
+    host::ReconnectPolicy retry{.goodFrames = 250};
+};
+
+/// One stream, on a thread of its own: its frames are taken from the source at their pace, looked at by the algorithms
+/// and told to the bus, the metrics and whoever looks. What fails is started again after a pause that grows. Any
+/// thread.
+class Stream {
+public:
+    /// former: a stream of the same name that was told to stop; this one begins when it has ended; may be null.
+    Stream(StreamSpec spec, StreamParts parts, std::shared_ptr<Stream> former = nullptr);
+    Stream(Stream const&) = delete;
+    Stream& operator=(Stream const&) = delete;
+    /// Stops it, and waits for that.
+    ~Stream();
+
+    /// Does from now on what the specification says, which bears the same name; starts anew where it has to.
+    void Follow(StreamSpec spec);
+    /// Ends the stream soon, without waiting for it; for its viewers it is gone.
+    void RequestStop();
+    bool HasEnded() const;
+
+    StreamStatus GetStatus() const;
+    std::shared_ptr<Viewer> Look(LookOptions const& options, std::function<void()> wake);
+    /// Brings the metrics up to date with what no frame tells of.
+    void RefreshMetrics() const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace qel::serve

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <mutex>
+#include <string>
+
+#include "event_bus.hpp"
+#include "frame_source.hpp"
+#include "rate_meter.hpp"
+#include "stream_status.hpp"
+
+namespace qel::serve {
+
+/// How a stream is doing, kept by its thread for all others; a new state goes to the bus as an event of kind "stream".
+/// Any thread may ask, one tells.
+class StreamState {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// bus: outlives the object.
+    StreamState(std::string id, EventBus& bus);
+
+    StreamStatus Get() const;
+    std::uint64_t GetFrames() const;
+    std::chrono::nanoseconds GetDelay() const;
+
+    /// problem: one line, empty for none.
+    void Tell(StreamStatus::State state, std::string problem = {});
+    /// The same with the problem of before.
+    void TellStill(StreamStatus::State state);
+    void SetCalibrated(bool calibrated);
+    void CountRestart();
+    void CountFrame(host::FrameSource::Frame const& frame, std::size_t objects);
+    /// What the source that is being read has lost, and how far behind its pace it is.
+    void NoteSource(host::Losses const& losses, std::chrono::nanoseconds delay);
+    /// The source is given up: another one begins its count at zero.
+    void EndSource();
+
+private:
+    StreamStatus GetLocked() const;
+
+    EventBus& bus_;
+    mutable std::mutex mutex_;
+    StreamStatus status_;
+    bool hasTold_ = false;
+    RateMeter rate_;
+    /// Of sources that were given up, and of the present one.
+    host::Losses formerLosses_, losses_;
+    std::chrono::nanoseconds formerDelay_{0}, delay_{0};
+};
+
+}  // namespace qel::serve
