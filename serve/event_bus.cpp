@@ -96,6 +96,8 @@ struct EventBus::Impl {
     std::mutex mutex;
     std::vector<std::shared_ptr<Queue>> queues;
     std::uint64_t lastId = 0;
+    // Not guarded: they are there before anything is published.
+    std::vector<std::function<void(Event const&)>> taps;
     std::atomic<std::uint64_t> lost = 0;
 };
 
@@ -133,7 +135,10 @@ std::shared_ptr<EventBus::Subscription> EventBus::Subscribe(Interest interest, s
     return std::make_shared<Listener>(impl_, std::make_shared<Queue>(std::move(interest), std::move(wake)));
 }
 
+void EventBus::AddTap(std::function<void(Event const&)> tap) { impl_->taps.push_back(std::move(tap)); }
+
 void EventBus::Publish(Event event) {
+    for (auto const& tap : impl_->taps) tap(event);
     std::vector<std::shared_ptr<Queue>> toWake;
     {
         // Held for all queues, so that each listener is given the events in the order of their ids.

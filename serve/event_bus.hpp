@@ -54,6 +54,10 @@ public:
     std::shared_ptr<Subscription> Subscribe(Interest interest, std::function<void()> wake);
     /// Gives the event its id and hands it on.
     void Publish(Event event);
+    /// Calls a function with each event, none of which is lost, on the publisher's thread and before any listener is
+    /// given the event; it has no id yet. tap: delays the publisher, so it must be quick; must not throw. It stays for
+    /// the life of the bus. Not while another thread publishes.
+    void AddTap(std::function<void(Event const&)> tap);
     /// Events that all listeners together have lost.
     std::uint64_t GetLost() const;
     std::size_t GetListeners() const;

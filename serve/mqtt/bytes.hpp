@@ -26,6 +26,13 @@ Number Get(std::string_view bytes, std::size_t offset = 0) {
     return number;
 }
 
+/// Sixteen hexadecimal digits.
+inline std::string ToHex(std::uint64_t number) {
+    std::string text(16, '0');
+    for (auto digit = text.rbegin(); number != 0; ++digit, number >>= 4U) *digit = "0123456789abcdef"[number & 15U];
+    return text;
+}
+
 /// The CRC-32 of IEEE 802.3.
 inline std::uint32_t Checksum(std::string_view bytes) {
     boost::crc_32_type crc;

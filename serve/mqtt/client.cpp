@@ -52,6 +52,7 @@ struct Client::Impl {
         if (!open) return;
         open = false;
         std::string reason = result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result);
+        if (reason.ends_with('.')) reason.pop_back();
         if (!refusal.empty()) reason = refusal;
         if (!lastError.empty()) reason += " (" + lastError + ")";
         lastError.clear();

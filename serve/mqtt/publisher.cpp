@@ -2,22 +2,22 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
 #include <csignal>
 #include <deque>
 #include <exception>
-#include <iomanip>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "backoff.hpp"
+#include "mqtt/bytes.hpp"
 #include "mqtt/client.hpp"
 #include "mqtt/onvif.hpp"
 #include "mqtt/publisher_metrics.hpp"
 #include "mqtt/spool.hpp"
+#include "mqtt/spooled_line.hpp"
 #include "mqtt/wake_up.hpp"
 #include "qel/logging/logger.hpp"
 
@@ -41,34 +41,6 @@ constexpr seconds ConnectTime{10};
 constexpr seconds LastLinesTime{2};
 constexpr seconds LastWordTime{1};
 constexpr seconds ReportPause{60};
-
-std::string Pack(std::string_view stream, std::string_view line) {
-    auto const now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now().time_since_epoch());
-    while (line.ends_with('\n')) line.remove_suffix(1);
-    std::string record = std::to_string(now.count());
-    return record.append("\n").append(stream).append("\n").append(line);
-}
-
-struct Line {
-    std::chrono::system_clock::time_point time{};
-    std::string_view stream{};
-    std::string_view text{};
-};
-
-Line Unpack(std::string_view record) {
-    std::size_t const first = record.find('\n');
-    std::size_t const second = record.find('\n', first + 1);
-    std::int64_t count = 0;
-    std::from_chars(record.data(), record.data() + first, count);
-    return {std::chrono::system_clock::time_point(milliseconds(count)), record.substr(first + 1, second - first - 1),
-            record.substr(second + 1)};
-}
-
-std::string ToHex(std::uint64_t number) {
-    std::ostringstream text;
-    text << std::hex << std::setw(16) << std::setfill('0') << number;
-    return text.str();
-}
 
 }  // namespace
 
@@ -119,7 +91,7 @@ struct Publisher::Impl : Client::Listener {
         greeting = true;
         metrics.SetConnected(true);
         if (connections++ > 0) metrics.CountReconnect();
-        if (std::exchange(away, false)) Log.Log(logging::Level::Notice, "the broker %0% is back", Where());
+        if (std::exchange(awayReported, false)) Log.Log(logging::Level::Notice, "the broker %0% is back", Where());
     }
 
     void OnCompleted(int id, std::string const& refusal) override {
@@ -143,7 +115,10 @@ struct Publisher::Impl : Client::Listener {
         connected = false;
         metrics.SetConnected(false);
         nextAttempt = Clock::now() + backoff.Next();
-        if (std::exchange(away, true)) return;
+        // Once for each time it is away, and not for each of many short ones; attempts that fail come here as well.
+        if (awayReported || Clock::now() < nextAwayReport) return;
+        awayReported = true;
+        nextAwayReport = Clock::now() + ReportPause;
         Log.Log(logging::Level::Warning,
                 "no connection to the broker %0%: %1%; lines are kept in '%2%' until there is one", Where(), reason,
                 options.spool.string());
@@ -220,7 +195,7 @@ struct Publisher::Impl : Client::Listener {
         while (connected && onTheirWay.size() < LinesOnTheirWay) {
             auto const record = spool.Take();
             if (!record) return;
-            Line const line = Unpack(record->bytes);
+            auto const line = SpooledLine::Unpack(record->bytes);
             std::string const topic = options.broker.prefix + "/" + std::string(line.stream);
             onTheirWay.push_back({record->number, {}});
             Send(topic + "/detections", line.text, *record);
@@ -306,12 +281,13 @@ struct Publisher::Impl : Client::Listener {
     bool cleared = false;
     bool sessionLost = false;
     bool greeting = false;
-    bool away = false;
+    bool awayReported = false;
     std::uint64_t connections = 0;
     std::deque<OnItsWay> onTheirWay{};
     Clock::time_point nextAttempt{};
     Clock::time_point connectDeadline{};
     Clock::time_point nextTick{};
+    Clock::time_point nextAwayReport{};
     Clock::time_point nextRefusalReport{};
     Clock::time_point nextLossReport{};
     std::uint64_t reportedLost = 0;
@@ -330,7 +306,8 @@ Publisher::~Publisher() = default;
 
 void Publisher::Publish(std::string_view stream, std::string_view line) noexcept {
     try {
-        impl_->spool.Append(Pack(stream, line));
+        while (line.ends_with('\n')) line.remove_suffix(1);
+        impl_->spool.Append(SpooledLine{std::chrono::system_clock::now(), stream, line}.Pack());
     } catch (std::exception const&) {
         // The spool counts it, and the thread reports it.
     }

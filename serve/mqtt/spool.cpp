@@ -1,8 +1,6 @@
 #include "mqtt/spool.hpp"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <deque>
 #include <mutex>
 #include <random>
@@ -13,6 +11,7 @@
 #include <boost/filesystem/operations.hpp>
 
 #include "error.hpp"
+#include "mqtt/bytes.hpp"
 #include "mqtt/file.hpp"
 #include "mqtt/position.hpp"
 #include "mqtt/segment.hpp"
@@ -29,13 +28,6 @@ constexpr std::uint64_t Parts = 16;
 std::uint64_t MakeRandom() {
     std::random_device random;
     return static_cast<std::uint64_t>(random()) << 32U | random();
-}
-
-std::string ToHex(std::uint64_t number) {
-    std::array<char, 16> digits{};
-    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
-    std::string text(digits.data(), end);
-    return text.insert(0, digits.size() - text.size(), '0');
 }
 
 /// The text that the file holds, made by chance where it holds none.

@@ -52,6 +52,21 @@ TEST(EventBus, KeepsBackWhatAListenerDidNotAskFor) {
     EXPECT_EQ(some->TakeLost(), 0U);
 }
 
+TEST(EventBus, CallsATapWithEachEventBeforeAnyListenerHasIt) {
+    EventBus bus;
+    auto const slow = bus.Subscribe({.maxEvents = 1}, {});
+    std::vector<std::string> tapped;
+    bus.AddTap([&](Event const& event) {
+        tapped.push_back(event.kind + " " + event.stream + " " + event.data);
+        EXPECT_EQ(slow->Take(), nullptr);
+    });
+    bus.Publish(Make("detection", "gate", "1"));
+    EXPECT_TRUE(slow->Take());
+    bus.Publish(Make("model", "", "2"));
+    EXPECT_TRUE(slow->Take());
+    EXPECT_THAT(tapped, ElementsAre("detection gate 1", "model  2"));
+}
+
 TEST(EventBus, LosesTheOldestBeyondTheNumberOfEvents) {
     EventBus bus;
     auto const slow = bus.Subscribe({.maxEvents = 3}, {});

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+namespace qel::serve::mqtt {
+
+/// A line of results as it lies in the spool: milliseconds since 1970 in decimal digits, the stream and the line, with
+/// a line feed after each of the first two.
+struct SpooledLine {
+    std::chrono::system_clock::time_point time{};
+    std::string_view stream{};
+    /// Without its line end.
+    std::string_view text{};
+
+    std::string Pack() const;
+    /// Requires what Pack made, which the parts refer to; not checked.
+    static SpooledLine Unpack(std::string_view record);
+};
+
+}  // namespace qel::serve::mqtt
