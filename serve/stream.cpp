@@ -190,7 +190,6 @@ void Stream::Impl::Play(StreamSpec const& now) {
 }
 
 void Stream::Impl::Publish(host::AnalysedFrame const& analysed, std::optional<StreamCalibration> const& calibration) {
-    state.Tell(State::Running);
     std::string line = host::MakeResultLine(id, analysed);
     line.pop_back();
     parts.bus.Publish({.kind = "detection", .stream = id, .data = std::move(line)});

@@ -40,17 +40,26 @@ std::chrono::nanoseconds StreamState::GetDelay() const {
 }
 
 void StreamState::Tell(StreamStatus::State state, std::string problem) {
-    StreamStatus told;
+    std::optional<StreamStatus> told;
     {
         std::lock_guard<std::mutex> const lock(mutex_);
-        if (status_.state == state && status_.problem == problem && hasTold_) return;
-        hasTold_ = true;
-        status_.state = state;
-        status_.problem = std::move(problem);
-        if (state != StreamStatus::State::Running) rate_.Reset();
-        told = GetLocked();
+        told = SetLocked(state, std::move(problem));
     }
-    bus_.Publish({.kind = "stream", .stream = told.id, .data = boost::json::serialize(ToJson(told))});
+    Publish(told);
+}
+
+std::optional<StreamStatus> StreamState::SetLocked(StreamStatus::State state, std::string problem) {
+    if (status_.state == state && status_.problem == problem && hasTold_) return std::nullopt;
+    hasTold_ = true;
+    status_.state = state;
+    status_.problem = std::move(problem);
+    if (state != StreamStatus::State::Running) rate_.Reset();
+    return GetLocked();
+}
+
+void StreamState::Publish(std::optional<StreamStatus> const& status) const {
+    if (!status) return;
+    bus_.Publish({.kind = "stream", .stream = status->id, .data = boost::json::serialize(ToJson(*status))});
 }
 
 void StreamState::TellStill(StreamStatus::State state) { Tell(state, Get().problem); }
@@ -66,11 +75,16 @@ void StreamState::CountRestart() {
 }
 
 void StreamState::CountFrame(host::FrameSource::Frame const& frame, std::size_t objects) {
-    std::lock_guard<std::mutex> const lock(mutex_);
-    ++status_.frames;
-    status_.objects += objects;
-    status_.size = frame.GetSize();
-    rate_.Count(Clock::now());
+    std::optional<StreamStatus> told;
+    {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        ++status_.frames;
+        status_.objects += objects;
+        status_.size = frame.GetSize();
+        rate_.Count(Clock::now());
+        told = SetLocked(StreamStatus::State::Running, {});
+    }
+    Publish(told);
 }
 
 void StreamState::NoteSource(host::Losses const& losses, std::chrono::nanoseconds delay) {

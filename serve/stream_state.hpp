@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "event_bus.hpp"
@@ -31,6 +32,7 @@ public:
     void TellStill(StreamStatus::State state);
     void SetCalibrated(bool calibrated);
     void CountRestart();
+    /// The stream runs, and has one more frame.
     void CountFrame(host::FrameSource::Frame const& frame, std::size_t objects);
     /// What the source that is being read has lost, and how far behind its pace it is.
     void NoteSource(host::Losses const& losses, std::chrono::nanoseconds delay);
@@ -39,6 +41,9 @@ public:
 
 private:
     StreamStatus GetLocked() const;
+    /// What there is to tell of the new state; nothing when it is that of before.
+    std::optional<StreamStatus> SetLocked(StreamStatus::State state, std::string problem);
+    void Publish(std::optional<StreamStatus> const& status) const;
 
     EventBus& bus_;
     mutable std::mutex mutex_;

@@ -65,9 +65,12 @@ protected:
                                    .retry = retry});
     }
 
-    /// Whether the stream comes into a state, sooner or later.
+    /// Whether the stream comes into a state and tells it, sooner or later.
     bool Reaches(State state) {
-        return test::Happens([&] { return stream->GetStatus().state == state; });
+        return test::Happens([&] {
+            auto const told = listener.GetStates();
+            return stream->GetStatus().state == state && !told.empty() && told.back().starts_with(ToText(state));
+        });
     }
     bool ReachesFrame(std::uint64_t frames) {
         return test::Happens([&] { return stream->GetStatus().frames >= frames; });
@@ -201,7 +204,7 @@ TEST_F(StreamOf, ASourceThatComesBackOfItselfIsWaitedForAndItsLossesAreTold) {
         };
         return std::make_unique<host::ReconnectingSource>("camera", open, retry, stop, say);
     });
-    ASSERT_TRUE(ReachesFrame(3));
+    ASSERT_TRUE(ReachesFrame(4));
     auto const states = listener.GetStates();
     ASSERT_EQ(states.size(), 5U);
     EXPECT_THAT(states[2], testing::StartsWith("waiting: silence; trying again in "));

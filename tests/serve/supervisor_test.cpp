@@ -154,7 +154,7 @@ TEST_F(OfSupervisor, AStreamThatIsRemovedAndAddedAgainBeginsAfresh) {
     specs.Set({});
     specs.Set({Spec("gate")});
     EXPECT_LT(supervisor->GetStatus("gate")->frames, 4U);
-    ASSERT_TRUE(ReachesFrame("gate", 1));
+    ASSERT_TRUE(ReachesFrame("gate", 2));
     EXPECT_TRUE(supervisor->Look("gate", {})->IsAlive());
     EXPECT_THAT(listener.GetStates("gate"), ElementsAre("starting", "running", "starting", "running"));
 }
