@@ -150,6 +150,8 @@ TEST_F(Reconnecting, GoesOnAfterEveryKindOfLoss) {
                     MatchesRegex("'camera' ended; trying again in .* s"), MatchesRegex("'camera' is back after .* s"),
                     MatchesRegex("no such codec; trying again in .* s"), MatchesRegex("'camera' is back after .* s"),
                     MatchesRegex("'camera' ended; trying again in .* s")));
+    using enum SourceNews;
+    EXPECT_THAT(told, ElementsAre(Lost, Back, Lost, Back, Lost, Back, Lost, Back, Lost));
 }
 
 TEST_F(Reconnecting, TimesGoOnByTheTimeThatItWasAway) {
@@ -217,7 +219,7 @@ TEST_F(Reconnecting, WaitsNoLongerThanItIsWanted) {
     policy.firstWait = policy.longestWait = std::chrono::hours(24);
     ReconnectingSource source(
         "camera", []() -> std::unique_ptr<FrameSource> { throw LostError("nobody there"); }, policy,
-        [this] { return stop; }, [this](std::string const&) { stop = true; });
+        [this] { return stop; }, [this](SourceNews, std::string const&) { stop = true; });
     EXPECT_FALSE(source.Read());
     EXPECT_EQ(source.GetFrameSize().width, 0U);
 }
