@@ -49,7 +49,10 @@ bool IsOther(std::vector<StreamSpec> const& left, std::vector<StreamSpec> const&
 }  // namespace
 
 struct Store::Impl {
-    Impl(host::Runtime& runtime, boost::filesystem::path const& path) : file(path), tree(runtime) { Load(); }
+    Impl(host::Runtime& runtime, boost::filesystem::path const& path) : file(path), tree(runtime) {
+        Load();
+        Tell("values", [&] { tree.GetRoot().Fire(); });
+    }
 
     void Load();
     void Create();

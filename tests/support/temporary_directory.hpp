@@ -13,8 +13,8 @@ namespace qel::test {
 /// A folder of its own that goes, with all that is in it, when the object goes.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "qel-test-XXXXXX").string();
+    explicit TemporaryDirectory(std::filesystem::path const& base = std::filesystem::temp_directory_path()) {
+        std::string pattern = (base / "qel-test-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a temporary directory");
         path_ = pattern;
     }
