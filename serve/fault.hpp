@@ -8,7 +8,7 @@ namespace qel::serve {
 
 /// What is wrong with one value of a request.
 struct Fault {
-    /// Where: dotted, as in the configuration tree ("streams.gate.settings.Motion.min_area"); empty for the whole.
+    /// Where: dotted, as in the configuration tree ("streams.gate.settings.Motion.minimum_area"); empty for the whole.
     std::string path;
     /// What is wrong and what would be right, as one sentence without its full stop.
     std::string reason;

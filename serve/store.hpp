@@ -21,7 +21,7 @@ namespace qel::serve {
 /// what is in effect.
 ///
 ///     {"streams": {"gate": {"source": "gate.avi", "loop": true, "enabled": true, "algorithms": ["motion"],
-///                           "calibration": "gate.json", "settings": {"Motion": {"min_area": 120}}}},
+///                           "calibration": "gate.json", "settings": {"Motion": {"minimum_area": 120}}}},
 ///      "algorithms": {"Motion": {"threshold": 4}}}
 ///
 /// A setting of a stream that the document does not hold follows the algorithm's ("algorithms.Motion.threshold"), and

@@ -29,7 +29,7 @@ public:
             case 0:
                 return {{"algorithms", json::object{{"Threshold", json::object{{"confidence", Pick(1000) / 1000.0}}}}}};
             case 1:
-                return InStreams(json::object{{"loop", Pick(2) == 0}, {"source", std::string(Pick(4000) + 1, 'x')}});
+                return InStreams(json::object{{"loop", Pick(2) == 0}, {"source", std::string(Pick(2000) + 1, 'x')}});
             case 2:
                 return InStreams(nullptr);
             default:
