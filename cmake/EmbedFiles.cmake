@@ -1,11 +1,15 @@
 # Writes a C++ source with the texts of files: cmake -DOUTPUT=... -DHEADER=... -DARRAY=ns::Name -DFILES=a,b -P EmbedFiles.cmake
 # defines the array, which the header declares, of records {file name, text}, and ends it by one of two null pointers.
+# The records are of the type TemplateFile of the same namespace, or of that which -DTYPE=... names.
+if(NOT DEFINED TYPE)
+  set(TYPE TemplateFile)
+endif()
 set(code "// Made by cmake/EmbedFiles.cmake.\n#include \"${HEADER}\"\n\n")
 if(NOT ARRAY MATCHES "^(.+)::([^:]+)$")
   message(FATAL_ERROR "ARRAY is no qualified name: ${ARRAY}")
 endif()
 set(namespace "${CMAKE_MATCH_1}")
-string(APPEND code "namespace ${namespace} {\n\nTemplateFile const ${CMAKE_MATCH_2}[] = {\n")
+string(APPEND code "namespace ${namespace} {\n\n${TYPE} const ${CMAKE_MATCH_2}[] = {\n")
 string(REPLACE "," ";" files "${FILES}")
 foreach(file IN LISTS files)
   file(READ "${file}" text)

@@ -18,6 +18,7 @@ constexpr int Usage = 2;
 std::function<int()> AddRunCommand(CLI::App& program);
 std::function<int()> AddMeasureCommand(CLI::App& program);
 std::function<int()> AddCalibrateCommand(CLI::App& program);
+std::function<int()> AddServeCommand(CLI::App& program);
 std::function<int()> AddAlgorithmsCommand(CLI::App& program);
 std::function<int()> AddInfoCommand(CLI::App& program);
 std::function<int()> AddPluginsCommand(CLI::App& program);

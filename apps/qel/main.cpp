@@ -54,6 +54,7 @@ int Main(int argc, char** argv) {
         "  qel run street.avi --output street.jsonl --annotate street.mp4\n"
         "  qel calibrate --references marks.json --output camera.json\n"
         "  qel measure --calibration camera.json --size 768x576 --from 120,400 --to 380,410\n"
+        "  qel serve cameras.json\n"
         "  qel algorithms\n"
         "  qel info --watch\n"
         "  qel plugins\n"
@@ -63,6 +64,7 @@ int Main(int argc, char** argv) {
     std::vector<Command> const commands{{"run", AddRunCommand(program)},
                                         {"calibrate", AddCalibrateCommand(program)},
                                         {"measure", AddMeasureCommand(program)},
+                                        {"serve", AddServeCommand(program)},
                                         {"algorithms", AddAlgorithmsCommand(program)},
                                         {"info", AddInfoCommand(program)},
                                         {"plugins", AddPluginsCommand(program)},
@@ -77,7 +79,8 @@ int Main(int argc, char** argv) {
         if (program.got_subcommand(command.name)) return command.run();
     }
     throw host::UsageError(
-        "a command is missing: run, calibrate, measure, algorithms, info, plugins or new-plugin (see qel --help)");
+        "a command is missing: run, calibrate, measure, serve, algorithms, info, plugins or new-plugin (see qel "
+        "--help)");
 }
 
 }  // namespace

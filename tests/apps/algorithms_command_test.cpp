@@ -124,7 +124,7 @@ TEST(Qel, SaysInOneLineWhatIsWrongWithTheCommand) {
     };
     Case const cases[] = {
         {{},
-         "qel: a command is missing: run, calibrate, measure, algorithms, info, plugins or new-plugin (see qel "
+         "qel: a command is missing: run, calibrate, measure, serve, algorithms, info, plugins or new-plugin (see qel "
          "--help)\n"},
         {{"walk"}, "qel: The following argument was not expected: walk (see qel --help)\n"},
         {{"run"}, "qel: VIDEO is required (see qel --help)\n"},

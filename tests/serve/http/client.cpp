@@ -90,8 +90,9 @@ Answer Client::Receive(bool hasBody, std::chrono::milliseconds patience) {
 }
 
 std::string Client::ReceiveUntil(std::string const& text, std::chrono::milliseconds patience) {
+    auto const end = std::chrono::steady_clock::now() + patience;
     while (received_.find(text) == std::string::npos) {
-        if (!ReceiveSome(patience)) break;
+        if (!ReceiveSome(patience) || std::chrono::steady_clock::now() > end) break;
     }
     return std::exchange(received_, {});
 }

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <boost/filesystem/path.hpp>
+
+#include "event_bus.hpp"
+#include "http/server.hpp"
+#include "runtime.hpp"
+
+namespace prometheus {
+class Registry;
+}
+
+namespace qel::serve {
+
+/// A whole server: a configuration, the streams that follow it, and the port where both are seen and changed.
+class Service {
+public:
+    struct Options {
+        /// The file of the configuration.
+        boost::filesystem::path configuration;
+        http::Endpoint endpoint{};
+        /// Empty for none.
+        std::string token{};
+        /// The folder of the page; empty for none.
+        boost::filesystem::path assets{};
+        std::string version{};
+        http::Limits limits{};
+    };
+    /// Is given a line for each thing that does not work while the rest goes on.
+    using Warn = std::function<void(std::string const&)>;
+
+    /// Runs the streams and listens. runtime: outlives the service. Throws host::Error.
+    Service(host::Runtime& runtime, Options const& options, Warn const& warn);
+    /// Ends all connections, then the streams.
+    ~Service();
+
+    http::Endpoint const& GetEndpoint() const noexcept;
+    /// What everything that happens is told to, and where it is counted.
+    EventBus& GetBus() noexcept;
+    prometheus::Registry& GetMetrics() noexcept;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace qel::serve

@@ -1,0 +1,110 @@
+#include <chrono>
+#include <csignal>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "program.hpp"
+#include "support/temporary_directory.hpp"
+#include "support/test_video.hpp"
+#include "watcher.hpp"
+
+namespace qel::test {
+namespace {
+
+using testing::HasSubstr;
+
+Watcher::Condition Says(std::string const& text) {
+    return [text](std::string const& error) { return error.find(text) != std::string::npos; };
+}
+
+TEST(QelServe, ListensUntilItIsToldToEnd) {
+    TemporaryDirectory folder;
+    WriteMovingSquare(folder / "gate.mkv", {});
+    WriteFile(folder / "config.json",
+              R"({"streams": {"gate": {"source": "gate.mkv", "loop": true, "algorithms": ["threshold"]}}})");
+    for (int const signal : {SIGINT, SIGTERM}) {
+        Command command = MakeProgram({"serve", folder / "config.json", "--listen", "127.0.0.1:0"});
+        std::chrono::steady_clock::time_point told;
+        Watcher watcher;
+        watcher.When(Says("qel: listening on http://127.0.0.1:"), [&](pid_t process) {
+            told = std::chrono::steady_clock::now();
+            kill(process, signal);
+        });
+        command.watch = std::ref(watcher);
+        Outcome const outcome = RunProcess(command);
+        EXPECT_EQ(outcome.exitCode, 128 + signal) << outcome.error;
+        // Two seconds on a machine that has nothing else to do.
+        EXPECT_LT(std::chrono::steady_clock::now() - told, std::chrono::seconds(20));
+    }
+}
+
+TEST(QelServe, MakesAConfigurationWhereThereIsNone) {
+    TemporaryDirectory folder;
+    Command command = MakeProgram({"serve", folder / "config.json", "--listen", "127.0.0.1:0"});
+    Watcher watcher;
+    watcher.When(Says("listening on"), [](pid_t process) { kill(process, SIGTERM); });
+    command.watch = std::ref(watcher);
+    EXPECT_EQ(RunProcess(command).exitCode, 128 + SIGTERM);
+    EXPECT_THAT(ReadFile(folder / "config.json"), HasSubstr("streams"));
+}
+
+TEST(QelServe, WarnsOfABrokenConfiguration) {
+    TemporaryDirectory folder;
+    WriteFile(folder / "config.json", "{");
+    Command command = MakeProgram({"serve", folder / "config.json", "--listen", "127.0.0.1:0"});
+    Watcher watcher;
+    watcher.When(Says("listening on"), [](pid_t process) { kill(process, SIGTERM); });
+    command.watch = std::ref(watcher);
+    EXPECT_THAT(RunProcess(command).error, HasSubstr("qel: warning: "));
+}
+
+TEST(QelServe, SaysInOneLineWhatIsWrong) {
+    TemporaryDirectory folder;
+    std::string const config = folder / "config.json", token = folder / "token";
+    WriteFile(token, "0123456789abcdef\n");
+    chmod(token.c_str(), 0644);
+    struct Case {
+        std::vector<std::string> arguments;
+        std::string text;
+    };
+    Case const cases[] = {
+        {{"serve"}, "qel: CONFIG is required (see qel --help)\n"},
+        {{"serve", config, "--listen", "0.0.0.0:0"},
+         "qel: --listen 0.0.0.0:0 lets others in: give --token-file as well, or listen on 127.0.0.1\n"},
+        {{"serve", config, "--listen", "camera:80"},
+         "qel: 'camera:80' is no address to listen on: give ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080\n"},
+        {{"serve", config, "--token-file", token},
+         "qel: the token file '" + token + "' can be read or changed by other users: chmod 600 it\n"},
+        {{"serve", config, "--listen", "127.0.0.1:0", "--assets", folder / "nowhere"},
+         "qel: '" + (folder / "nowhere") + "' is no folder of a page that can be read\n"},
+    };
+    for (Case const& c : cases) {
+        Outcome const outcome = RunProgram(c.arguments);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.error, c.text);
+    }
+}
+
+TEST(QelServe, SaysThatItsPortIsTaken) {
+    TemporaryDirectory folder;
+    Command first = MakeProgram({"serve", folder / "one.json", "--listen", "127.0.0.1:0"});
+    std::string address;
+    first.watch = [&](pid_t process, std::string const& error) {
+        auto const at = error.find("http://");
+        auto const end = at == std::string::npos ? at : error.find('\n', at);
+        if (end == std::string::npos || !address.empty()) return;
+        address = error.substr(at + 7, end - at - 7);
+        Outcome const second = RunProgram({"serve", folder / "two.json", "--listen", address});
+        EXPECT_EQ(second.exitCode, 1);
+        EXPECT_EQ(second.error, "qel: cannot listen on http://" + address + ": Address already in use\n");
+        kill(process, SIGTERM);
+    };
+    EXPECT_EQ(RunProcess(first).exitCode, 128 + SIGTERM);
+    EXPECT_FALSE(address.empty());
+}
+
+}  // namespace
+}  // namespace qel::test
