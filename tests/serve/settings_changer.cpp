@@ -1,7 +1,9 @@
-// usage: qel_test_settings_changer CONFIG LOG SEED CHANGES
+// usage: qel_test_settings_changer CONFIG LOG SEED CHANGES CALL
 //
 // Applies random changes to a configuration, some of them wrong. Before each one it appends to the log, as one line,
-// what the file is to hold then; the first line is what it holds at the start.
+// what the file is to hold then; the first line is what it holds at the start. At its CALL-th call of write, fsync or
+// rename it kills itself, in the middle of the write; 0: never.
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -10,10 +12,44 @@
 #include <string>
 
 #include <boost/json.hpp>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "document.hpp"
 #include "runtime.hpp"
 #include "store.hpp"
+
+namespace {
+
+int callsLeft = 0;
+
+void CountCall() {
+    if (callsLeft > 0 && --callsLeft == 0) (void)kill(getpid(), SIGKILL);
+}
+
+}  // namespace
+
+// In place of those of the C library, also for the libraries that this program is linked with.
+extern "C" {
+
+[[gnu::visibility("default")]] ssize_t write(int descriptor, void const* bytes, size_t size) {
+    if (callsLeft == 1) (void)syscall(SYS_write, descriptor, bytes, size / 2);
+    CountCall();
+    return syscall(SYS_write, descriptor, bytes, size);
+}
+
+[[gnu::visibility("default")]] int fsync(int descriptor) {
+    CountCall();
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+[[gnu::visibility("default")]] int rename(char const* from, char const* to) noexcept {
+    CountCall();
+    return renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+
+}  // extern "C"
 
 namespace {
 
@@ -95,7 +131,8 @@ int Run(char const* config, char const* logFile, unsigned int seed, int changes)
 }  // namespace
 
 int main(int count, char** arguments) {
-    if (count != 5) return 1;
+    if (count != 6) return 1;
+    callsLeft = std::atoi(arguments[5]);
     try {
         return Run(arguments[1], arguments[2], static_cast<unsigned int>(std::atoi(arguments[3])),
                    std::atoi(arguments[4]));

@@ -28,22 +28,37 @@ std::filesystem::path FindQuickFolder() {
 
 class StoreKilled : public testing::Test {
 protected:
-    /// Has the program make changes until its log has so many lines and then some microseconds more; 0 lines: to the
-    /// end of its changes.
+    /// Has the program make its changes, or kill itself at a call of the system.
+    test::Outcome Run(int seed, int call = 0) { return test::RunProcess(MakeCommand(seed, Changes, call)); }
+
+    /// Has the program make changes until its log has so many lines and then some microseconds more.
     test::Outcome RunUntil(int seed, std::size_t lines, int microseconds) {
-        int const changes = lines > 0 ? std::numeric_limits<int>::max() : Changes;
-        test::Command command{.program = QEL_SETTINGS_CHANGER,
-                              .arguments = {config_, log_, std::to_string(seed), std::to_string(changes)}};
-        test::WriteFile(log_, "");
-        if (lines > 0) {
-            command.watch = [this, lines, microseconds](pid_t process, std::string const&) {
-                std::string const text = test::ReadFile(log_);
-                if (static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) < lines) return;
-                std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
-                kill(process, SIGKILL);
-            };
-        }
+        test::Command command = MakeCommand(seed, std::numeric_limits<int>::max(), 0);
+        command.watch = [this, lines, microseconds](pid_t process, std::string const&) {
+            std::string const text = test::ReadFile(log_);
+            if (static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) < lines) return;
+            std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+            kill(process, SIGKILL);
+        };
         return test::RunProcess(command);
+    }
+
+    test::Command MakeCommand(int seed, int changes, int call) {
+        test::WriteFile(log_, "");
+        return {.program = QEL_SETTINGS_CHANGER,
+                .arguments = {config_, log_, std::to_string(seed), std::to_string(changes), std::to_string(call)}};
+    }
+
+    /// That the files hold the state that was told of last, or the one before, as that change was not made any more.
+    void ExpectAppliedState() {
+        std::vector<std::string> const states = ReadStates();
+        auto const end = states.begin() + std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(states.size()));
+        std::string const file = test::ReadFile(config_);
+        EXPECT_NO_THROW(ParseDocument(file));
+        EXPECT_NE(std::find(states.begin(), end, file), end) << file;
+        std::string const lastGood = test::ReadFile(config_ + ".last-good");
+        EXPECT_NO_THROW(ParseDocument(lastGood));
+        EXPECT_NE(std::find(states.begin(), states.end(), lastGood), states.end()) << lastGood;
     }
 
     /// The states of the log, the last one first; a line that was cut off is none.
@@ -64,25 +79,33 @@ protected:
 
 TEST_F(StoreKilled, LeavesOneWholeStateThatWasApplied) {
     std::mt19937 random(1);
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < QEL_KILLS; ++round) {
         SCOPED_TRACE(round);
         std::size_t const lines = 1 + random() % Changes;
         test::Outcome const outcome = RunUntil(round, lines, static_cast<int>(random() % 3000));
         ASSERT_EQ(outcome.exitCode, -SIGKILL) << outcome.error;
-        std::vector<std::string> const states = ReadStates();
-        ASSERT_GE(states.size(), lines);
-        std::string const file = test::ReadFile(config_);
-        EXPECT_NO_THROW(ParseDocument(file));
-        // The last state that was told of, unless that change was not made any more.
-        auto const end = states.begin() + std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(states.size()));
-        EXPECT_NE(std::find(states.begin(), end, file), end) << file;
-        std::string const lastGood = test::ReadFile(config_ + ".last-good");
-        EXPECT_NO_THROW(ParseDocument(lastGood));
-        EXPECT_NE(std::find(states.begin(), states.end(), lastGood), states.end()) << lastGood;
+        ASSERT_GE(ReadStates().size(), lines);
+        ExpectAppliedState();
     }
-    EXPECT_EQ(RunUntil(100, 0, 0).exitCode, 0);
+    EXPECT_EQ(Run(100).exitCode, 0);
     EXPECT_EQ(ReadStates().size(), Changes + 1U);
     EXPECT_EQ(test::ReadFile(config_), ReadStates().front());
+}
+
+TEST_F(StoreKilled, LeavesOneWholeStateWhicheverCallOfTheSystemIsTheLast) {
+    ASSERT_EQ(RunUntil(0, 10, 0).exitCode, -SIGKILL);
+    // A change takes nine calls, and the log is one of them; the start takes a few.
+    constexpr int Calls = 50;
+    for (int call = 1; call <= Calls; call += Calls / 2 / QEL_KILLS) {
+        SCOPED_TRACE(call);
+        test::Outcome const outcome = Run(call, call);
+        ASSERT_EQ(outcome.exitCode, -SIGKILL) << outcome.error;
+        if (ReadStates().empty()) {
+            EXPECT_NO_THROW(ParseDocument(test::ReadFile(config_)));
+        } else {
+            ExpectAppliedState();
+        }
+    }
 }
 
 }  // namespace
