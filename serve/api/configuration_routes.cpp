@@ -46,6 +46,9 @@ void AddConfigurationRoutes(http::Router& router, Services const& services) {
                         return response;
                     }});
     }
+    router.Add({.method = "GET", .pattern = "/api/document", .answer = [&store](http::Request const&) {
+                    return http::MakeJson(store.GetDocument());
+                }});
     router.Add({.method = "PATCH",
                 .pattern = "/api/config",
                 .answer = [&store](http::Request const& request) { return Change(store, request); },

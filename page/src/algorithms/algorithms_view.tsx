@@ -5,6 +5,7 @@ import { Notice } from "@/common/notice";
 import { useEvents } from "@/common/server";
 import { isObject, type Json, type JsonObject } from "@/lib/json";
 import { title } from "@/lib/text";
+import { tagsOf } from "./tags";
 
 /** What the algorithms publish of themselves, with the states of their models as they change. */
 export function AlgorithmsView() {
@@ -61,25 +62,16 @@ function Descriptor({ name, values }: { name: string; values: JsonObject }) {
 }
 
 function Value({ value }: { value: Json }) {
-    if (!Array.isArray(value)) return <>{isObject(value) ? JSON.stringify(value) : String(value)}</>;
+    const entries = tagsOf(value);
+    if (entries === undefined) return <>{isObject(value) ? JSON.stringify(value) : String(value)}</>;
     return (
         <span className="tags">
-            {value.map((entry, index) => (
-                <Tag key={index} entry={entry} />
+            {entries.map(({ text, colour }) => (
+                <span className="tag" key={text}>
+                    {colour !== undefined && <span className="swatch" style={{ backgroundColor: colour }} />}
+                    {text}
+                </span>
             ))}
-        </span>
-    );
-}
-
-/** An entry of a list; one with a colour shows it. */
-function Tag({ entry }: { entry: Json }) {
-    if (!isObject(entry)) return <span className="tag">{String(entry)}</span>;
-    const colour = Object.values(entry).find((value) => typeof value === "string" && /^#[0-9a-f]{6}$/i.test(value));
-    const text = Object.values(entry).filter((value) => value !== colour && typeof value !== "object");
-    return (
-        <span className="tag">
-            {typeof colour === "string" && <span className="swatch" style={{ backgroundColor: colour }} />}
-            {text.map(String).join(" ")}
         </span>
     );
 }

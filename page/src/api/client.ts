@@ -31,8 +31,14 @@ async function readProblem(answer: Response): Promise<Problem> {
     }
 }
 
-async function request(method: string, path: string, body?: Json, type = "application/json"): Promise<Response> {
-    const options: RequestInit = { method, credentials: "same-origin", cache: "no-store" };
+interface Sent {
+    body?: Json;
+    type?: string;
+    signal?: AbortSignal;
+}
+
+async function request(method: string, path: string, { body, type = "application/json", signal }: Sent = {}): Promise<Response> {
+    const options: RequestInit = { method, credentials: "same-origin", cache: "no-store", signal: signal ?? null };
     if (body !== undefined) Object.assign(options, { body: JSON.stringify(body), headers: { "Content-Type": type } });
     const answer = await fetch(address(path), options).catch(() => {
         throw new ApiError(0, { detail: "The server does not answer" });
@@ -46,8 +52,12 @@ export async function get<T>(path: string): Promise<T> {
     return (await (await request("GET", path)).json()) as T;
 }
 
+export async function fetchBlob(path: string, signal: AbortSignal): Promise<Blob> {
+    return (await request("GET", path, { signal })).blob();
+}
+
 export async function post<T>(path: string, body: Json): Promise<T> {
-    const answer = await request("POST", path, body);
+    const answer = await request("POST", path, { body });
     return (answer.headers.get("Content-Type")?.includes("json") ? await answer.json() : undefined) as T;
 }
 
@@ -57,6 +67,6 @@ export async function remove(path: string): Promise<void> {
 
 /** Applies a merge patch to the configuration. */
 export async function patchConfiguration(patch: Json): Promise<{ changed: string[] }> {
-    const answer = await request("PATCH", "config", patch, "application/merge-patch+json");
+    const answer = await request("PATCH", "config", { body: patch, type: "application/merge-patch+json" });
     return (await answer.json()) as { changed: string[] };
 }

@@ -14,6 +14,7 @@ export function AnswerView({ answer }: { answer: CalibrationAnswer }) {
                     ))}
                 </ul>
             )}
+            {answer.horizon === null && <p className="hint">The horizon lies outside the picture.</p>}
             <div className="table">
                 <table>
                     <thead>

@@ -1,18 +1,20 @@
 import { useEffect, useRef, useState } from "react";
-import { address, ApiError, post } from "@/api/client";
+import { ApiError, post } from "@/api/client";
 import type { CalibrationAnswer, Residual, StreamStatus } from "@/api/types";
 import { Notice } from "@/common/notice";
+import { usePicture } from "@/common/picture";
 import type { Fault } from "@/lib/faults";
 import type { Json } from "@/lib/json";
 import { AnswerView } from "./answer_view";
 import { KnownParameters } from "./known_parameters";
 import { MarkList } from "./mark_list";
-import { addMark, moveEnd, nothingFixed, placeMarkFaults, readNumber, toReferences, unfinished, type Mark, type MarkKind } from "./marks";
+import { addMark, moveEnd, nothingFixed, placeMarkFaults, readNumber, toReferences, unfinished, type Mark, type Tool } from "./marks";
 import { PictureEditor } from "./picture_editor";
 
-const tools: [MarkKind, string][] = [
+const tools: [Tool, string][] = [
     ["ground", "Segment on the ground"],
     ["vertical", "Pole, foot first"],
+    ["move", "Move ends"],
 ];
 
 /** The residuals of an answer by the marks that they belong to: the server answers in the order of the references. */
@@ -24,8 +26,10 @@ function byMark(marks: Mark[], answer: CalibrationAnswer | undefined): Map<numbe
 
 /** Finds how a camera is mounted from lengths that are drawn on its picture. */
 export function CalibrationView({ stream, onSaved }: { stream: StreamStatus; onSaved: () => void }) {
-    const [turn, setTurn] = useState(() => Date.now());
-    const [tool, setTool] = useState<MarkKind>("ground");
+    const [turn, setTurn] = useState(0);
+    const path = `streams/${encodeURIComponent(stream.id)}/frame.jpg?annotated=0`;
+    const picture = usePicture(stream.width > 0 ? path : undefined, turn);
+    const [tool, setTool] = useState<Tool>("ground");
     const [marks, setMarks] = useState<Mark[]>([]);
     const [fixed, setFixed] = useState(nothingFixed);
     const [clickError, setClickError] = useState("1");
@@ -77,22 +81,23 @@ export function CalibrationView({ stream, onSaved }: { stream: StreamStatus; onS
     const placed = placeMarkFaults(faults, marks);
     return (
         <div className="calibration">
-            <div>
-                <div className="toolbar" role="group" aria-label="What to draw">
+            <div className="drawing">
+                <div className="toolbar" role="group" aria-label="What the pointer does">
                     {tools.map(([kind, title]) => (
                         <button key={kind} aria-pressed={tool === kind} onClick={() => setTool(kind)}>
                             {title}
                         </button>
                     ))}
-                    <button onClick={() => setTurn(Date.now())}>New picture</button>
+                    <button onClick={() => setTurn(turn + 1)}>New picture</button>
                 </div>
                 <PictureEditor
-                    picture={address(`streams/${encodeURIComponent(stream.id)}/frame.jpg?annotated=0&turn=${turn}`)}
+                    picture={picture.address}
                     size={size}
                     tool={tool}
                     marks={marks}
                     answer={answer}
                     onDrawn={(ends) => {
+                        if (tool === "move") return;
                         const next = addMark(marks, tool, ends);
                         added.current = next.at(-1)?.id;
                         change(next);
@@ -100,13 +105,6 @@ export function CalibrationView({ stream, onSaved }: { stream: StreamStatus; onS
                     onMoved={(id, end, to) => change(moveEnd(marks, id, end, to))}
                     onRemove={(id) => change(marks.filter((mark) => mark.id !== id))}
                 />
-                <p className="hint" id="editor-help">
-                    Drag along something of known length, or click at both of its ends. With the keyboard: arrow keys move
-                    the cross, with Shift ten pixels; Enter sets an end, Escape gives up.
-                </p>
-                <p className="hint" id="handle-help">
-                    Ends can be dragged, or moved by arrow keys when they have the focus; Delete removes a segment.
-                </p>
             </div>
             <div className="beside">
                 <section className="card" aria-label="Marks">
@@ -139,6 +137,21 @@ export function CalibrationView({ stream, onSaved }: { stream: StreamStatus; onS
                 </p>
                 {answer && <AnswerView answer={answer} />}
             </div>
+            <DrawingHelp />
+        </div>
+    );
+}
+
+function DrawingHelp() {
+    return (
+        <div className="help">
+            <p className="hint" id="editor-help">
+                Drag along something of known length, or click at both of its ends. With the keyboard: arrow keys move the
+                cross, with Shift ten pixels; Enter sets an end, Escape gives up.
+            </p>
+            <p className="hint" id="handle-help">
+                "Move ends" lets ends be dragged. Arrow keys move the end that has the focus; Delete removes its segment.
+            </p>
         </div>
     );
 }

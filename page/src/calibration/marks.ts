@@ -3,6 +3,8 @@ import type { Fault } from "@/lib/faults";
 import type { Point, Size } from "@/lib/geometry";
 
 export type MarkKind = "ground" | "vertical";
+/** What the pointer does in the picture. */
+export type Tool = MarkKind | "move";
 export type End = 0 | 1;
 
 /** A segment that a person has drawn; an upright one from its foot to its top. Lengths are texts as they were typed. */

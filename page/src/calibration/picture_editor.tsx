@@ -1,16 +1,16 @@
-import { useRef, useState, type KeyboardEvent } from "react";
+import { useEffect, useRef, useState, type KeyboardEvent, type RefObject } from "react";
 import type { CalibrationAnswer } from "@/api/types";
 import { nudge, type Point, type Size } from "@/lib/geometry";
 import { AnswerOverlay } from "./answer_overlay";
 import { Magnifier } from "./magnifier";
-import { nameOf, type End, type Mark, type MarkKind } from "./marks";
+import { nameOf, type End, type Mark, type Tool } from "./marks";
 import { useDrawing } from "./use_drawing";
 
 interface Props {
-    /** The address of the picture. */
-    picture: string;
+    /** The address of the picture; nothing before it is there. */
+    picture: string | undefined;
     size: Size;
-    tool: MarkKind;
+    tool: Tool;
     marks: Mark[];
     answer: CalibrationAnswer | undefined;
     onDrawn: (ends: readonly [Point, Point]) => void;
@@ -23,14 +23,13 @@ const ends: End[] = [0, 1];
 /** The picture with the marks on it, which are drawn and moved here. */
 export function PictureEditor({ picture, size, tool, marks, answer, onDrawn, onMoved, onRemove }: Props) {
     const svg = useRef<SVGSVGElement>(null);
-    const drawing = useDrawing(svg, size, { onDrawn, onMoved });
+    const drawing = useDrawing(svg, size, tool, { onDrawn, onMoved });
     const [focused, setFocused] = useState(false);
-    // Lines and handles are as thick on a phone as on a large screen.
-    const unit = size.width / 640;
+    const unit = useScreenPixel(svg, size);
     const { action, cursor } = drawing;
 
     return (
-        <div className="editor" style={{ aspectRatio: size.width / size.height }}>
+        <div className={`editor ${tool}`} style={{ aspectRatio: size.width / size.height }}>
             <svg
                 ref={svg}
                 viewBox={`0 0 ${size.width} ${size.height}`}
@@ -58,13 +57,27 @@ export function PictureEditor({ picture, size, tool, marks, answer, onDrawn, onM
                 )}
                 {cursor && focused && <Cross at={cursor} unit={unit} />}
             </svg>
-            {cursor && (focused || action.kind !== "none") && <Magnifier picture={picture} size={size} at={cursor} />}
+            {cursor && (focused || action.kind !== "none") && <Magnifier picture={picture ?? ""} size={size} at={cursor} />}
             <p className="reader" role="status">
                 {cursor && focused ? `${cursor[0]}, ${cursor[1]}` : ""}
                 {action.kind === "drawing" ? " drawing" : ""}
             </p>
         </div>
     );
+}
+
+/** The size of a pixel of the screen in those of the picture: lines and texts are as large on a phone as elsewhere. */
+function useScreenPixel(svg: RefObject<SVGSVGElement>, size: Size): number {
+    const [unit, setUnit] = useState(1);
+    useEffect(() => {
+        if (svg.current === null) return undefined;
+        const observer = new ResizeObserver(([entry]) => {
+            if (entry && entry.contentRect.width > 0) setUnit(size.width / entry.contentRect.width);
+        });
+        observer.observe(svg.current);
+        return () => observer.disconnect();
+    }, [svg, size.width]);
+    return unit;
 }
 
 interface MarkProps {
@@ -106,7 +119,7 @@ function MarkShape({ mark, name, unit, size, onGrab, onShow, onMoved, onRemove }
                     key={end}
                     cx={mark.ends[end][0]}
                     cy={mark.ends[end][1]}
-                    r={6 * unit}
+                    r={7 * unit}
                     strokeWidth={2 * unit}
                     tabIndex={0}
                     role="button"

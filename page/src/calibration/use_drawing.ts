@@ -1,6 +1,6 @@
 import { useRef, useState, type KeyboardEvent, type PointerEvent, type RefObject } from "react";
 import { clamp, distance, nudge, toPicture, type Point, type Size } from "@/lib/geometry";
-import type { End } from "./marks";
+import type { End, Tool } from "./marks";
 
 /** What is being done in the picture. */
 type Action =
@@ -29,7 +29,12 @@ export interface Drawing {
 }
 
 /** Draws and moves segments: by dragging, by two clicks, or by arrow keys and Enter. */
-export function useDrawing(svg: RefObject<SVGSVGElement>, size: Size, { onDrawn, onMoved }: Callbacks): Drawing {
+export function useDrawing(
+    svg: RefObject<SVGSVGElement>,
+    size: Size,
+    tool: Tool,
+    { onDrawn, onMoved }: Callbacks,
+): Drawing {
     const [action, setAction] = useState<Action>({ kind: "none" });
     const [cursor, setCursor] = useState<Point>();
     const pressedAt = useRef<Point>();
@@ -53,12 +58,14 @@ export function useDrawing(svg: RefObject<SVGSVGElement>, size: Size, { onDrawn,
         cursor,
         show: setCursor,
         grab(event, id, end) {
+            // Segments often begin where others do: their ends are in nobody's way while something is drawn.
+            if (tool !== "move") return;
             event.stopPropagation();
             svg.current?.setPointerCapture(event.pointerId);
             setAction({ kind: "moving", id, end });
         },
         onPointerDown(event) {
-            if (event.button !== 0) return;
+            if (event.button !== 0 || tool === "move") return;
             event.currentTarget.setPointerCapture(event.pointerId);
             pressedAt.current = [event.clientX, event.clientY];
             const at = locate(event);
@@ -86,7 +93,7 @@ export function useDrawing(svg: RefObject<SVGSVGElement>, size: Size, { onDrawn,
             if (moved) {
                 setCursor(moved);
                 if (action.kind === "drawing") setAction({ ...action, to: moved });
-            } else if (event.key === "Enter" || event.key === " ") {
+            } else if ((event.key === "Enter" || event.key === " ") && tool !== "move") {
                 setCursor(now);
                 place(clamp(now, size));
             } else if (event.key === "Escape" && action.kind !== "none") {

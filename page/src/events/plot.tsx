@@ -20,6 +20,7 @@ function make(element: HTMLElement, streams: string[]): uPlot {
     const options: uPlot.Options = {
         width: element.clientWidth,
         height,
+        padding: [null, 28, null, null],
         scales: { y: { range: (_, __, max) => [0, Math.max(1, Math.ceil(max * 1.1))] } },
         axes: [
             { ...axis, space: 80, values: (_, seconds) => seconds.map(timeText) },

@@ -31,7 +31,7 @@ export function MovingPicture({ address, stream }: { address: string; stream: St
                 <img
                     key={turn}
                     ref={image}
-                    src={`${address}&turn=${turn}`}
+                    src={address}
                     alt={`Live picture of ${stream.id}`}
                     onError={() => setBroken(true)}
                 />

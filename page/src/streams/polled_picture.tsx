@@ -1,10 +1,9 @@
 import { useEffect, useRef, useState } from "react";
-import { address } from "@/api/client";
 import type { StreamStatus } from "@/api/types";
+import { usePicture } from "@/common/picture";
 
-/** Milliseconds from one picture to the next, and after one that could not be had. */
+/** Milliseconds from one picture to the next. */
 const pause = 400;
-const longPause = 3000;
 
 interface Props {
     stream: StreamStatus;
@@ -18,34 +17,17 @@ interface Props {
  */
 export function PolledPicture({ stream, width }: Props) {
     const box = useRef<HTMLDivElement>(null);
-    const [turn, setTurn] = useState(0);
-    const [shown, setShown] = useState(false);
     const visible = useVisible(box);
-    const timer = useRef<number>();
-    const hasFrames = stream.width > 0;
-
-    useEffect(() => () => window.clearTimeout(timer.current), []);
-    const next = (delay: number) => {
-        window.clearTimeout(timer.current);
-        timer.current = window.setTimeout(() => setTurn((before) => before + 1), delay);
-    };
-
+    const path = `streams/${encodeURIComponent(stream.id)}/frame.jpg?width=${width}`;
+    const running = stream.state === "running";
+    const picture = usePicture(visible && stream.width > 0 ? path : undefined, 0, running ? pause : undefined);
     return (
         <div className="picture" ref={box}>
-            {hasFrames && (visible || shown) && (
-                <img
-                    src={address(`streams/${encodeURIComponent(stream.id)}/frame.jpg?width=${width}&turn=${turn}`)}
-                    alt={`Live picture of ${stream.id}`}
-                    className={shown ? "" : "not-yet"}
-                    onLoad={() => {
-                        setShown(true);
-                        if (visible && stream.state === "running") next(pause);
-                        else next(longPause);
-                    }}
-                    onError={() => next(longPause)}
-                />
+            {picture.address !== undefined ? (
+                <img src={picture.address} alt={`Live picture of ${stream.id}`} />
+            ) : (
+                <span className="no-picture">{running ? "" : "no picture"}</span>
             )}
-            {!shown && <span className="no-picture">{stream.state === "running" ? "" : "no picture"}</span>}
         </div>
     );
 }

@@ -18,7 +18,7 @@ export function StreamCard({ stream }: { stream: StreamStatus }) {
                 <span>{stream.frames_per_second.toFixed(1)} fps</span>
                 <span>{stream.frames.toLocaleString("en")} frames</span>
                 <span>{stream.objects.toLocaleString("en")} objects</span>
-                {stream.calibrated && <span>metres</span>}
+                {stream.calibrated && <span>in metres</span>}
             </p>
             {stream.problem !== "" && <p className="problem">{stream.problem}</p>}
         </article>

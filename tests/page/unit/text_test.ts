@@ -1,5 +1,6 @@
 import { describe, expect, it } from "vitest";
 import { defaultsOf, without } from "@/api/configuration";
+import { tagsOf } from "@/algorithms/tags";
 import { parseRoute, routeTo } from "@/common/route";
 import { fixed, rangeText, title, titleOfPath, valueText } from "@/lib/text";
 
@@ -48,6 +49,14 @@ describe("the address of a view", () => {
         expect(parseRoute("")).toEqual([]);
         expect(parseRoute("#streams//gate/")).toEqual(["streams", "gate"]);
         expect(parseRoute("#/%zz")).toEqual(["%zz"]);
+    });
+});
+
+describe("what an algorithm tells apart", () => {
+    it("is a list of words, or of words with colours", () => {
+        expect(tagsOf(["red", "blue"])).toEqual([{ text: "red" }, { text: "blue" }]);
+        expect(tagsOf({ blue: { r: 0, g: 0, b: 255 } })).toEqual([{ text: "blue", colour: "rgb(0 0 255)" }]);
+        for (const other of ["red", 3, null, { blue: 3 }, { blue: { r: 0 } }]) expect(tagsOf(other)).toBeUndefined();
     });
 });
 

@@ -32,6 +32,20 @@ TEST_F(ServiceTest, TellsTheConfigurationAndItsSchema) {
     ExpectProblem(Get("/api/schema/streams.door"), 404);
 }
 
+TEST_F(ServiceTest, TellsWhatHasBeenSetApartFromWhatIsInEffect) {
+    Begin();
+    auto const settings = [this] {
+        auto const gate = Parse(Get("/api/document")).at("streams").at("gate").as_object();
+        auto const* const found = gate.if_contains("settings");
+        return found == nullptr ? std::string("none") : boost::json::serialize(*found);
+    };
+    Send("PATCH", "/api/config", R"({"streams": {"gate": {"settings": {"Threshold": {"threshold": 5}}}}})");
+    EXPECT_EQ(settings(), R"({"Threshold":{"threshold":5}})");
+    Send("PATCH", "/api/config", R"({"streams": {"gate": {"settings": null}}})");
+    EXPECT_EQ(settings(), "none");
+    EXPECT_NE(Get("/api/config/streams.gate.settings.Threshold.threshold").body, "5");
+}
+
 TEST_F(ServiceTest, ChangesTheConfigurationOrRefusesTheChangeWhole) {
     Begin();
     Answer const changed =
