@@ -13,6 +13,7 @@
 #include "http/guard.hpp"
 #include "http/server.hpp"
 #include "interrupt.hpp"
+#include "memory.hpp"
 #include "models_option.hpp"
 #include "plugins_option.hpp"
 #include "service.hpp"
@@ -77,6 +78,7 @@ int Run(Options const& options) {
     // Everything that can be wrong with the arguments is, before anything is read.
     serve::http::Endpoint const endpoint = GetEndpoint(options);
     std::string const token = options.tokenFile.empty() ? std::string() : serve::http::ReadToken(options.tokenFile);
+    host::PrepareForLongRun();
     LoadPluginsOrWarn(options.plugins);
     host::Interrupt const interrupt;
     host::Runtime runtime = MakeRuntime(options.models);
