@@ -32,6 +32,7 @@ struct Service::Impl {
           guard(options.token) {
         if (auto const reason = store.GetSafeModeReason()) warn(*reason);
         for (Fault const& fault : store.GetProblems()) warn(fault.path + ": " + fault.reason);
+        if (options.broker) Publish(*options.broker);
         supervisor.emplace(
             runtime,
             StreamList{[this] { return store.GetStreams(); },
@@ -54,6 +55,14 @@ struct Service::Impl {
         server->Start();
     }
 
+    /// Called before anything is found.
+    void Publish(mqtt::Publisher::Options const& broker) {
+        publisher.emplace(broker, metrics);
+        bus.AddTap([this](Event const& event) {
+            if (event.kind == "detection") publisher->Publish(event.stream, event.data);
+        });
+    }
+
     ~Impl() {
         // It is asked for its connections until they have ended.
         server->Stop();
@@ -62,6 +71,7 @@ struct Service::Impl {
     // In the order in which they need each other: the last one ends first.
     prometheus::Registry metrics;
     EventBus bus;
+    std::optional<mqtt::Publisher> publisher;
     std::string algorithms;
     http::Assets assets;
     Store store;

@@ -2,12 +2,14 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <boost/filesystem/path.hpp>
 
 #include "event_bus.hpp"
 #include "http/server.hpp"
+#include "mqtt/publisher.hpp"
 #include "runtime.hpp"
 
 namespace prometheus {
@@ -28,6 +30,8 @@ public:
         /// The folder of the page; empty for none.
         boost::filesystem::path assets{};
         std::string version{};
+        /// Where results are published; nothing for nowhere.
+        std::optional<mqtt::Publisher::Options> broker{};
         http::Limits limits{};
     };
     /// Is given a line for each thing that does not work while the rest goes on.

@@ -7,6 +7,7 @@
 
 #include <boost/filesystem/path.hpp>
 
+#include "broker_options.hpp"
 #include "command.hpp"
 #include "error.hpp"
 #include "http/assets.hpp"
@@ -31,6 +32,7 @@ struct Options {
     std::string assets;
     std::vector<std::string> plugins;
     std::optional<std::string> models;
+    BrokerArguments broker;
 };
 
 void AddOptions(CLI::App& command, Options& options) {
@@ -57,10 +59,12 @@ void AddOptions(CLI::App& command, Options& options) {
         ->type_name("FOLDER");
     AddPluginsOption(command, options.plugins);
     AddModelsOption(command, options.models);
+    AddBrokerOptions(command, options.broker);
     command.footer(
         "Examples:\n"
         "  qel serve cameras.json\n"
         "  qel serve cameras.json --listen 0.0.0.0:8080 --token-file ~/.qel-token\n"
+        "  qel serve cameras.json --mqtt mqtts://me@broker.example/site --mqtt-password-file ~/.qel-broker\n"
         "  curl http://127.0.0.1:8080/api/streams\n\n"
         "It ends on SIGINT (Ctrl-C) and SIGTERM. GET /api/openapi.json describes what can be asked and changed.");
 }
@@ -78,6 +82,7 @@ int Run(Options const& options) {
     // Everything that can be wrong with the arguments is, before anything is read.
     serve::http::Endpoint const endpoint = GetEndpoint(options);
     std::string const token = options.tokenFile.empty() ? std::string() : serve::http::ReadToken(options.tokenFile);
+    auto const broker = ReadBrokerOptions(options.broker, options.configuration);
     host::PrepareForLongRun();
     LoadPluginsOrWarn(options.plugins);
     host::Interrupt const interrupt;
@@ -88,7 +93,8 @@ int Run(Options const& options) {
          .endpoint = endpoint,
          .token = token,
          .assets = options.assets.empty() ? serve::http::FindPage() : boost::filesystem::path(options.assets),
-         .version = QEL_VERSION},
+         .version = QEL_VERSION,
+         .broker = broker},
         [](std::string const& problem) { Say("warning: " + problem); });
     Say("listening on " + service.GetEndpoint().ToUrl());
     while (interrupt.GetSignal() == 0) std::this_thread::sleep_for(Pause);
