@@ -1,6 +1,6 @@
 import { useCallback, useEffect, useState } from "react";
 import { AlgorithmsView } from "./algorithms/algorithms_view";
-import { get, onUnauthorised } from "./api/client";
+import { get, onUnauthorised, remove } from "./api/client";
 import type { ServerInfo } from "./api/types";
 import { useLoaded } from "./common/loaded";
 import { Notice } from "./common/notice";
@@ -42,12 +42,21 @@ export function App() {
         reload();
     }, [reload]);
 
+    async function signOut() {
+        await remove("session");
+        setLocked(true);
+    }
+
     return (
         <>
             <a className="skip" href="#content" onClick={skipToContent}>
                 Skip to the content
             </a>
-            <Header section={route[0] ?? "streams"} locked={locked} />
+            <Header
+                section={route[0] ?? "streams"}
+                locked={locked}
+                onSignOut={info.value?.token_required ? () => void signOut() : undefined}
+            />
             <main id="content" tabIndex={-1}>
                 {info.value?.safe_mode && (
                     <Notice kind="warning">

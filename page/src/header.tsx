@@ -19,8 +19,16 @@ function ConnectionState() {
     );
 }
 
+interface Props {
+    section: string;
+    /** Nobody has signed in who has to. */
+    locked: boolean;
+    /** Ends the session; nothing where none is needed. */
+    onSignOut: (() => void) | undefined;
+}
+
 /** The name of the page, its sections, and whether what it shows is live. */
-export function Header({ section, locked }: { section: string; locked: boolean }) {
+export function Header({ section, locked, onSignOut }: Props) {
     return (
         <header className="top">
             <a className="brand" href={routeTo("streams")}>
@@ -36,6 +44,11 @@ export function Header({ section, locked }: { section: string; locked: boolean }
                 </nav>
             )}
             {!locked && <ConnectionState />}
+            {!locked && onSignOut && (
+                <button className="small" onClick={onSignOut}>
+                    Sign out
+                </button>
+            )}
         </header>
     );
 }

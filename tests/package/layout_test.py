@@ -2,6 +2,7 @@
 """The installed copy works wherever it is, through links, with CMake and with pkg-config alone."""
 import json
 import os
+import re
 import shutil
 import subprocess
 
@@ -29,6 +30,13 @@ class Layout(InstallationTest):
         for file in files:
             text = file.read_text(encoding="utf-8")
             self.assertEqual([place for place in places if place in text], [], file)
+
+    def test_the_page_of_the_server_is_installed_with_the_licences_of_what_it_is_made_of(self):
+        page = PREFIX / "share/qel/page"
+        text = (page / "index.html").read_text(encoding="utf-8")
+        for file in re.findall(r'(?:src|href)="\./([^"]+)"', text):
+            self.assertTrue((page / file).is_file(), file)
+        self.assertIn("react-dom", (page / "licences.txt").read_text(encoding="utf-8"))
 
     def test_a_note_of_the_copyright_is_installed(self):
         self.assertIn("Copyright", (PREFIX / "share/doc/qel/copyright").read_text(encoding="utf-8"))

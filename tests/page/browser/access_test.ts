@@ -33,5 +33,9 @@ describe("a server with a token", () => {
         await card.getByText("running").waitFor();
         // Scripts do not see it.
         expect(await page.evaluate(() => document.cookie)).toBe("");
+        await page.getByRole("button", { name: "Sign out" }).click();
+        await page.getByRole("heading", { name: "Sign in" }).waitFor();
+        await page.reload();
+        await page.getByRole("heading", { name: "Sign in" }).waitFor();
     });
 });
