@@ -67,6 +67,7 @@ struct Stream::Impl {
           thread([this] { Main(); }) {}
 
     void Main();
+    bool Go();
     std::optional<StreamSpec> Begin();
     void Attempt(StreamSpec const& now);
     void Play(StreamSpec const& now);
@@ -95,8 +96,21 @@ void Stream::Impl::Main() {
     if (former) former->impl_->ended.Wait();
     former.reset();
     NameThread(id);
-    while (auto const now = Begin()) Attempt(*now);
+    while (Go()) continue;
     ended.Set();
+}
+
+/// One attempt; false at the end of the stream.
+bool Stream::Impl::Go() {
+    try {
+        auto const now = Begin();
+        if (now) Attempt(*now);
+        return now.has_value();
+    } catch (std::exception const&) {
+        // There is no memory even to tell of what failed. The thread must not end by it, and with it the process.
+        leave.WaitUntil(StopSignal::Clock::now() + parts.retry.firstWait);
+        return true;
+    }
 }
 
 std::optional<StreamSpec> Stream::Impl::Begin() {

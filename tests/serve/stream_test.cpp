@@ -188,6 +188,17 @@ TEST_F(StreamOf, AnythingMayBeThrown) {
     EXPECT_EQ(stream->GetStatus().restarts, 2U);
 }
 
+TEST_F(StreamOf, ItGoesOnWhenThereIsNoMemoryToTellOfAFailure) {
+    std::atomic<int> told = 0;
+    auto const poor = bus.Subscribe({.kinds = {"stream"}}, [&told] {
+        if (++told == 1) throw std::bad_alloc();
+    });
+    Start(Spec({}), [](auto const&...) { return test::MakeFrames(2); });
+    EXPECT_TRUE(Reaches(State::Ended));
+    EXPECT_EQ(stream->GetStatus().frames, 2U);
+    stream.reset();
+}
+
 TEST_F(StreamOf, ASourceThatComesBackOfItselfIsWaitedForAndItsLossesAreTold) {
     int connections = 0;
     Start(Spec({}), [&](auto const&, auto const&, auto const& stop, auto const& say) {
