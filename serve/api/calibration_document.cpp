@@ -20,6 +20,10 @@ namespace {
 namespace calibration = host::calibration;
 namespace json = boost::json;
 
+/// Solving takes a second or two for so many and minutes for some hundreds, for which neither a client nor the end of
+/// the server can wait.
+constexpr std::size_t MaxReferences = 32;
+
 json::value ToJson(std::optional<double> number) { return number ? json::value(*number) : json::value(nullptr); }
 
 json::array ToJson(calibration::Pixel const& pixel) { return {pixel.x, pixel.y}; }
@@ -91,6 +95,10 @@ CalibrationRequest ReadCalibrationRequest(std::string const& body) {
         request.problem = calibration::ParseProblem("the references", json::serialize(document));
     } catch (host::Error const& error) {
         throw http::Problem(422, error.what());
+    }
+    if (request.problem.references.size() > MaxReferences) {
+        throw http::Problem(422, "there are more than " + std::to_string(MaxReferences) +
+                                     " references: mark fewer, or have qel calibrate take its time");
     }
     return request;
 }

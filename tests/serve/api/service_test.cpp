@@ -183,6 +183,13 @@ TEST_F(ServiceTest, FindsHowACameraIsMounted) {
                             R"({"size": [768, 576], "ground": [{"from": [1, 385], "to": [562, 349], "metres": 7}]})");
     EXPECT_EQ(ExpectProblem(few, 422), "the references do not determine the camera");
     EXPECT_FALSE(Parse(few).at("faults").as_array().empty());
+    std::string many;
+    for (int i = 0; i < 33; ++i) {
+        many += (i == 0 ? "" : ", ") + std::string(R"({"from": [1, 300], "to": [)") + std::to_string(100 + i) +
+                R"(, 400], "metres": 2})";
+    }
+    EXPECT_THAT(ExpectProblem(Send("POST", "/api/calibrate", R"({"size": [768, 576], "ground": [)" + many + "]}"), 422),
+                StartsWith("there are more than 32 references"));
     EXPECT_THAT(ExpectProblem(Send("POST", "/api/calibrate", R"({"size": [768]})"), 422), HasSubstr("the references"));
     ExpectProblem(Send("POST", "/api/calibrate", references + R"(, "save": true})"), 422);
     ExpectProblem(Send("POST", "/api/calibrate", references + R"(, "save": 1, "stream": 2})"), 422);
