@@ -46,6 +46,14 @@ AlgorithmTable::Entry const* AlgorithmTable::FindByUse(std::string_view name) co
 }
 
 std::string AlgorithmTable::ExplainUnknown(std::string_view name) const {
+    std::vector<std::string> meant;
+    for (std::string const& typeName : host::ListAlgorithms()) {
+        if (host::IsSameName(host::GetShortName(typeName), name)) meant.push_back(typeName);
+    }
+    if (meant.size() > 1) {
+        return "the name '" + std::string(name) +
+               "' may mean several algorithms; write which one: " + host::Join(meant);
+    }
     std::string text = "there is no algorithm '" + std::string(name) + "'";
     if (entries_.empty()) return text + ", nor any other";
     std::vector<std::string> names;

@@ -31,7 +31,7 @@ public:
     /// The algorithm that `qel run --algorithm` would take by this name; null when there is none, or when several are
     /// meant.
     Entry const* FindByUse(std::string_view name) const;
-    /// What to say of a name that means none: the nearest one, and all.
+    /// What to say of a name that means none, or several: the nearest one, and all.
     std::string ExplainUnknown(std::string_view name) const;
 
 private:

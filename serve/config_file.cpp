@@ -51,6 +51,7 @@ void ConfigFile::SaveLastGood(std::string const& content) const {
 
 void ConfigFile::KeepBroken() const {
     boost::system::error_code error;
+    if (!boost::filesystem::exists(file_, error)) return;
     boost::filesystem::copy_file(file_, GetBrokenPath(), boost::filesystem::copy_options::overwrite_existing, error);
     if (error) {
         throw host::Error("cannot keep '" + file_.string() + "' as '" + GetBrokenPath().string() +

@@ -28,7 +28,7 @@ public:
     void Save(std::string const& content) const;
     /// Makes this content the last good one. Throws Error when it cannot be written.
     void SaveLastGood(std::string const& content) const;
-    /// Copies the file to FILE.broken. Throws Error when that cannot be written.
+    /// Copies the file, if it is still there, to FILE.broken. Throws Error when that cannot be written.
     void KeepBroken() const;
 
 private:

@@ -8,6 +8,8 @@
 #include <boost/json/value_stack.hpp>
 #include <boost/system/system_error.hpp>
 
+#include "qel/serialize/check_json.hpp"
+
 namespace qel::serve {
 namespace {
 
@@ -85,7 +87,9 @@ struct Handler {
 }  // namespace
 
 json::value ReadJson(std::string_view text) {
-    json::basic_parser<Handler> parser{json::parse_options()};
+    json::parse_options options;
+    options.max_depth = serialize::MaximumDepth;
+    json::basic_parser<Handler> parser{options};
     json::error_code error;
     std::size_t const length = parser.write_some(false, text.data(), text.size(), error);
     if (!error && length < text.size()) error = json::error::extra_data;

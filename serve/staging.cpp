@@ -40,7 +40,10 @@ Found Find(Staging::Layers const& layers, std::string_view name) {
 }
 
 char const* FindAccessFault(Node const& node) {
-    if (node.GetOptions().Test(node::Option::ReadOnly)) return "is read only";
+    // A gauge is what its schema says: a number that the program reports.
+    if (node.GetOptions().Test(node::Option::ReadOnly) || node.GetOptions().Test(node::Option::Gauge)) {
+        return "is read only";
+    }
     if (node.GetOptions().Test(node::Option::Transient)) return "is made by the program at each start and is not kept";
     return nullptr;
 }

@@ -6,6 +6,7 @@
 
 #include "api/openapi.hpp"
 #include "qel/serialize/check_json.hpp"
+#include "read_json.hpp"
 #include "supervisor.hpp"
 #include "text.hpp"
 
@@ -33,7 +34,7 @@ std::string_view GetOpenApi() noexcept { return OpenApiFiles[0].text; }
 
 boost::json::object ParseObject(std::string const& body) {
     serialize::CheckJson(body);
-    boost::json::value value = boost::json::parse(body);
+    boost::json::value value = ReadJson(body);
     if (!value.is_object()) throw http::Problem(400, "the body is no JSON object");
     return std::move(value.get_object());
 }

@@ -44,6 +44,11 @@ TEST_F(ConfigFileTest, KeepsABrokenOne) {
     EXPECT_EQ(test::ReadFile(path_ + ".broken"), "more broken");
     EXPECT_EQ(file_.Read(), "more broken");
     std::filesystem::remove(path_);
+    EXPECT_NO_THROW(file_.KeepBroken()) << "somebody has taken it away";
+    EXPECT_EQ(test::ReadFile(path_ + ".broken"), "more broken");
+    std::filesystem::remove(path_ + ".broken");
+    std::filesystem::create_directory(path_ + ".broken");
+    test::WriteFile(path_, "broken");
     EXPECT_THAT(test::MessageOf<host::Error>([&] { file_.KeepBroken(); }),
                 StartsWith("cannot keep '" + path_ + "' as '" + path_ + ".broken': "));
 }

@@ -45,7 +45,8 @@ std::vector<Property> const& Properties() {
         {"mode", {Schema("mode", "One of three", "fast", {}, {"fast", "slow", "exact"})}, {}},
         Make("below.deep", 7),
         {"names", {Schema("names[*]", "A name", "")}, {}},
-        Make("measured", 0.0, {}, {Option::Gauge, Option::ReadOnly}),
+        Make("measured", 0.0, {}, {Option::ReadOnly}),
+        Make("gauged", 0, {}, {Option::Gauge}),
         Make("fleeting", 1, {}, {Option::Transient}),
         Make("secret", std::string("none"), {}, {Option::WriteOnly}),
     };

@@ -125,6 +125,7 @@ TEST_F(StoreRefusal, KeepsWhatOnlyTheProgramMaySet) {
     };
     std::string const path = "algorithms." + name + ".";
     EXPECT_THAT(refusal(R"({"measured": 1})"), ElementsAre(path + "measured: is read only"));
+    EXPECT_THAT(refusal(R"({"gauged": 1})"), ElementsAre(path + "gauged: is read only"));
     EXPECT_THAT(refusal(R"({"fleeting": 1})"),
                 ElementsAre(path + "fleeting: is made by the program at each start and is not kept"));
     EXPECT_THAT(refusal(R"({"word": "ABC"})"),
