@@ -69,10 +69,10 @@ TEST(Segment, EndsBeforeARecordOfWhichOneBitIsWrong) {
     MakeSegment(folder);
     std::string const bytes = ReadFile(NameOf(folder));
     for (std::size_t at = 0; at < bytes.size(); ++at) {
-        for (unsigned int bit = 0; bit < 8; ++bit) {
+        for (int bit = 0; bit < 8; ++bit) {
             SCOPED_TRACE(at);
             std::string wrong = bytes;
-            wrong[at] = static_cast<char>(wrong[at] ^ (1U << bit));
+            wrong[at] = static_cast<char>(wrong[at] ^ (1 << bit));
             WriteFile(NameOf(folder), wrong);
             auto const segment = Segment::Open(NameOf(folder));
             ASSERT_EQ(segment != nullptr, at >= 28);
