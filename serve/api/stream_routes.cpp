@@ -56,7 +56,7 @@ struct Editor {
 }  // namespace
 
 void AddStreamRoutes(http::Router& router, Services const& services) {
-    auto const editor = std::make_shared<Editor>(services.store, services.streams);
+    std::shared_ptr<Editor> const editor(new Editor{services.store, services.streams});
     router.Add({.method = "GET", .pattern = "/api/streams", .answer = [services](http::Request const&) {
                     json::array list;
                     for (StreamStatus const& status : services.streams.list()) list.push_back(ToJson(status));
