@@ -53,6 +53,8 @@ if(QEL_SANITIZERS)
 endif()
 if(QEL_COVERAGE)
   target_compile_options(qel_settings INTERFACE --coverage -fno-inline)
+  # A function that is copied to wherever it is used would have branches to cover in every copy.
+  target_compile_definitions(qel_settings INTERFACE always_inline=unused)
   target_link_options(qel_settings INTERFACE --coverage)
 endif()
 

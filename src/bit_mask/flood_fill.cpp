@@ -138,9 +138,8 @@ private:
             if (!row.Has(range.start)) continue;
             sweep.Add(row.ExtendLeft(range.start), row.ExtendRight(range.end, width_), range.row);
         }
-        bool const done = sweep.Run();
+        sweep.Run();
         sweep.Store();
-        if (done) return;
         many_ *= 2;
         // Single pixels: their runs are then searched for in both rows, whatever the direction.
         sweep.ForEachOpenRun([this](unsigned int x, unsigned int y) { stack_.emplace(x, x, y, false, true, true); });

@@ -206,9 +206,8 @@ constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, StorePla
                              LaneKernels{"avx512", LoadAvx512, GrowAvx512, StoreAvx512}};
 
 std::size_t CountSupported() {
-    bool const wide = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi") &&
-                      __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("gfni");
-    return wide ? 2 : 1;
+    if (!__builtin_cpu_supports("avx512bw") || !__builtin_cpu_supports("avx512vbmi")) return 1;
+    return __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("gfni") ? 2 : 1;
 }
 
 #else

@@ -11,10 +11,10 @@ RegionSweep::RegionSweep(BitMask const& src, BitMask& dst, std::size_t height)
       lanes_((src.GetStride() + 1) / 2),
       pitch_((lanes_ + LaneGroup) / LaneGroup * LaneGroup),
       last_(~Lane{0} >> (64U * lanes_ - src.GetSize().width)),
-      fillable_(new Lane[height_ * pitch_]),
+      fillable_(std::make_unique_for_overwrite<Lane[]>(height_ * pitch_)),
       // A group more in front: the lane before the first is read.
-      region_(new Lane[LaneGroup + (height_ + 2) * pitch_]),
-      scratch_(new Lane[2 * pitch_]),
+      region_(std::make_unique_for_overwrite<Lane[]>(LaneGroup + (height_ + 2) * pitch_)),
+      scratch_(std::make_unique_for_overwrite<Lane[]>(2 * pitch_)),
       rows_(height_),
       lowest_(height_) {
     std::fill_n(region_.get(), LaneGroup + pitch_, Lane{0});
@@ -48,7 +48,6 @@ void RegionSweep::Add(unsigned int first, unsigned int last, std::size_t row) {
 void RegionSweep::Open(std::size_t row) {
     if (rows_[row].open) return;
     rows_[row].open = true;
-    ++openRows_;
     // What growing a row looks at.
     if (row > 0) Prepare(row - 1);
     Prepare(row);
@@ -65,7 +64,6 @@ void RegionSweep::OpenNeighbours(std::size_t row) {
 void RegionSweep::Update(std::size_t row) {
     if (!rows_[row].open) return;
     rows_[row].open = false;
-    --openRows_;
     ++visited_;
     Lane* const region = Region(row);
     std::size_t const changed =
@@ -75,18 +73,18 @@ void RegionSweep::Update(std::size_t row) {
     OpenNeighbours(row);
 }
 
-bool RegionSweep::Run() {
-    // What changes less than a lane a row is faster run by run.
-    for (bool down = true; openRows_ != 0; down = !down) {
+void RegionSweep::Run() {
+    bool down = true;
+    do {
         visited_ = gained_ = 0;
         if (down) {
             for (std::size_t row = lowest_; row <= highest_; ++row) Update(row);
         } else {
             for (std::size_t row = highest_ + 1; row-- > lowest_;) Update(row);
         }
-        if (gained_ < visited_) return false;
-    }
-    return true;
+        down = !down;
+        // What changes no more than a lane a row is faster run by run.
+    } while (gained_ > visited_);
 }
 
 void RegionSweep::Store() const {

@@ -21,8 +21,8 @@ public:
     /// Adds columns first to last, both inclusive, of a row to the region.
     void Add(unsigned int first, unsigned int last, std::size_t row);
 
-    /// Sweeps as long as that changes much of the rows it looks at; true when nothing is left to change.
-    bool Run();
+    /// Sweeps as long as that changes much of the rows it looks at.
+    void Run();
 
     /// Sets the region in dst.
     void Store() const;
@@ -56,7 +56,6 @@ private:
         bool prepared, open;
     };
     std::vector<RowState> rows_;
-    std::size_t openRows_ = 0;
     std::size_t visited_ = 0, gained_ = 0;  ///< rows grown in a sweep, and lanes that this changed
     std::size_t lowest_, highest_ = 0;      ///< of the rows ever open
 };

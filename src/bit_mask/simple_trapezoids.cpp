@@ -62,7 +62,7 @@ bool SimpleTrapezoids::IsSimple() const {
 Span SimpleTrapezoids::At(Interval const& interval, int y) const {
     auto const at = [y](Side const& side) {
         Point const &a = side.lower, &b = side.upper;
-        if (y == b.y || a.y == b.y) return b.x;
+        if (y == b.y) return b.x;
         std::int64_t const height = std::int64_t{b.y} - a.y;
         return static_cast<int>((a.x * height + (std::int64_t{y} - a.y) * (std::int64_t{b.x} - a.x)) / height);
     };
@@ -103,7 +103,7 @@ void SimpleTrapezoids::End(Point const& corner, std::size_t left, std::size_t ri
         return std::find_if(intervals_.begin(), intervals_.end(), [side](auto const& i) { return i.left == side; });
     };
     auto const closing = from(left);
-    if (closing != intervals_.end() && closing->right == right) {
+    if (closing != intervals_.end()) {
         Cut(*closing, corner.y, {corner.x, corner.x}, trapezoids);
         *closing = intervals_.back();
         intervals_.pop_back();

@@ -62,8 +62,6 @@ struct polygon_mutable_traits<qel::geometry::Polygon<int>> {
                                                    Iterator last) {
         polygon = {};
         for (; first != last; ++first) polygon.push_back({x(*first), y(*first)});
-        // Not every producer repeats the first point at the end; whoever reads these polygons counts on it.
-        if (polygon.size() > 1 && polygon[0] != polygon[polygon.size() - 1]) polygon.push_back(polygon[0]);
         return polygon;
     }
 };
@@ -166,7 +164,7 @@ void AppendTrapezoids(Region const& region, std::vector<Trapezoid>& trapezoids) 
     region.get_trapezoids(polygons, boost::polygon::HORIZONTAL);
     for (Polygon<int> const& polygon : polygons) {
         // The last point repeats the first.
-        std::size_t const count = polygon.empty() ? 0 : polygon.size() - 1;
+        std::size_t const count = std::max<std::size_t>(polygon.size(), 1) - 1;
         if (count < 3) continue;
         auto const [lowest, highest] =
             std::minmax_element(polygon.begin(), polygon.begin() + static_cast<std::ptrdiff_t>(count),

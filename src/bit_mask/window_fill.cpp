@@ -38,7 +38,7 @@ public:
           dst_(dst.GetData().data() + word_),
           width_(src.GetSize().width - 32U * static_cast<unsigned int>(word_)),
           inside_(width_ < 64 ? ~(~Pixels{0} >> width_) : ~Pixels{0}),
-          rows_(new Pixels[height + 4]) {}
+          rows_(std::make_unique_for_overwrite<Pixels[]>(height + 4)) {}
 
     /// Grows the region; false when it leaves the window.
     bool Grow(unsigned int column, std::ptrdiff_t row) {
@@ -91,7 +91,8 @@ private:
     }
 
     /// Grows rows first to last and goes on as long as rows change; false when the region leaves the window. Notes the
-    /// rows behind that then have something to reach.
+    /// rows behind that then have something to reach. There is one behind the first at least: sweeps begin beside rows
+    /// of the region.
     template <std::ptrdiff_t Step>
     bool Sweep(std::ptrdiff_t first, std::ptrdiff_t last) {
         Pixels behind = Row(first - Step);
@@ -106,11 +107,13 @@ private:
             }
             Pixels const grown = old | FillRuns(pixels, seeds);
             Row(row) = grown;
-            if (row < top_) Row(--top_ - 2) = 0;
-            if (row > bottom_) Row(++bottom_ + 2) = 0;
+            if (std::ptrdiff_t& outermost = Step > 0 ? bottom_ : top_; row == outermost + Step) {
+                outermost = row;
+                Row(row + 2 * Step) = 0;
+            }
             if ((grown & Sides) != 0 && Leaves(row)) return false;
             std::ptrdiff_t const back = row - Step;
-            if (row != (Step > 0 ? 0 : height_ - 1) && (Spread(grown) & GetFillable(back) & ~behind) != 0) {
+            if ((Spread(grown) & GetFillable(back) & ~behind) != 0) {
                 first_ = std::min(first_, back);
                 last_ = std::max(last_, back);
             }

@@ -142,6 +142,11 @@ TEST(FillPolygonSet, NeverWritesAMaskWithoutWords) {
     for (BitMask::Size const size : {BitMask::Size{0, 0}, {0, 9}, {9, 0}, {~0U, 2}}) {
         EXPECT_TRUE(Fill(size, {Box(-100, -100, 100, 100)}).GetData().empty());
     }
+    BitMask mask({0, 2});
+    mask.GetData().resize(2);
+    Polygons const polygons{Box(-100, -100, 100, 100)};
+    detail::FillPolygonSet(mask, polygons, 1);
+    EXPECT_EQ(mask.GetData(), std::vector<std::uint32_t>(2));
 }
 
 TEST(FillPolygonSet, KeepsToTheRowsThatAShorterStoreHolds) {
@@ -161,6 +166,8 @@ TEST(FillPolygonSet, StaysInsideTheMaskWithCoordinatesTooLarge) {
         detail::FillPolygonSet(mask, polygons, 1);
     }
     EXPECT_EQ(mask.GetData().size(), 100U);
+    // The right side's product with the height is 10 times 2 to the power of 32: nothing of it is left in 32 bits.
+    EXPECT_EQ(Fill({50, 50}, {Box(160, 0, 1 << 28, 160)}), BitMask({50, 50}));
 }
 
 geometry::Polygon<int> RandomPolygon(std::mt19937& random, int extent, bool even) {
