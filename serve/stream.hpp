@@ -48,7 +48,7 @@ public:
     /// Stops it, and waits for that.
     ~Stream();
 
-    /// Does from now on what the specification says, which bears the same name; starts anew where it has to.
+    /// Does from now on what this says, which bears the same name; starts anew where it has to.
     void Follow(StreamSpec spec);
     /// Ends the stream soon, without waiting for it; for its viewers it is gone.
     void RequestStop();
