@@ -54,6 +54,7 @@ void RequestReader::Parse() {
         waiting_.erase(0, std::min(waiting_.find_first_not_of("\r\n"), waiting_.size()));
         if (waiting_.empty()) return;
         state_ = State::Head;
+        headSize_ = 0;
         parser_ = std::make_unique<Parser>();
         parser_->header_limit(static_cast<std::uint32_t>(limits_.maxHead));
         parser_->body_limit(limits_.maxBody);
@@ -64,7 +65,11 @@ void RequestReader::Parse() {
         waiting_.erase(0, taken);
         if (error == beast::error::need_more) break;
         if (error) return Fail(Explain(error, limits_));
-        if (state_ == State::Head && parser_->is_header_done()) {
+        if (state_ == State::Head) {
+            headSize_ += taken;
+            if (!parser_->is_header_done()) continue;
+            // The parser holds a head against its limit only while it waits for the end of one.
+            if (headSize_ > limits_.maxHead) return Fail(Explain(beast::error::header_limit, limits_));
             TakeHead();
             if (state_ == State::Failed) return;
         }

@@ -50,6 +50,8 @@ private:
     /// What has come and is not read yet.
     std::string waiting_;
     std::unique_ptr<Parser> parser_;
+    /// Bytes of the head that have been read.
+    std::size_t headSize_ = 0;
     Request request_;
     std::optional<Problem> problem_;
 };

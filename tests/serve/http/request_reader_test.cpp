@@ -108,6 +108,23 @@ TEST(RequestReader, RefusesWhatIsNoRequestOrTooMuch) {
     }
 }
 
+TEST(RequestReader, HoldsAHeadAgainstItsLimitHoweverItsBytesCome) {
+    std::string const head = "GET / HTTP/1.1\r\nHost: a\r\nX: aaaa\r\n\r\n";
+    for (std::size_t const piece : {head.size(), std::size_t{1}, std::size_t{7}}) {
+        for (bool const fits : {true, false}) {
+            SCOPED_TRACE(std::to_string(piece) + (fits ? " fits" : " is one too many"));
+            RequestReader reader({.maxHead = head.size() - (fits ? 0 : 1)}, "");
+            for (std::size_t i = 0; i < head.size() && reader.GetState() != State::Failed; i += piece) {
+                reader.Put(std::string_view(head).substr(i, piece));
+            }
+            ASSERT_EQ(reader.GetState(), fits ? State::Done : State::Failed);
+            if (!fits) {
+                EXPECT_EQ(reader.GetProblem().GetStatus(), 431U);
+            }
+        }
+    }
+}
+
 TEST(RequestReader, StopsAtTheLimitOfABodyInChunks) {
     RequestReader reader({.maxBody = 1000}, "");
     reader.Put("POST / HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n");
