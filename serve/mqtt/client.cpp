@@ -1,12 +1,16 @@
 #include "mqtt/client.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <vector>
 
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
+#include <netdb.h>
+#include <sys/socket.h>
 
 #include "error.hpp"
 
@@ -26,6 +30,23 @@ void UseLibrary() {
 void Check(int result) {
     if (result == MOSQ_ERR_NOMEM) throw std::bad_alloc();
     if (result != MOSQ_ERR_SUCCESS) throw host::Error(std::string("MQTT: ") + mosquitto_strerror(result));
+}
+
+/// Addresses to bind to so that only the broker's of one family are tried, in the order in which the system prefers
+/// them; a single null where there is nothing to choose.
+std::vector<char const*> FindFamilies(std::string const& host) {
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    std::vector<char const*> families;
+    if (getaddrinfo(host.c_str(), nullptr, &hints, &found) == 0) {
+        for (addrinfo const* next = found; next != nullptr; next = next->ai_next) {
+            char const* const any = next->ai_family == AF_INET6 ? "::" : "0.0.0.0";
+            if (std::find(families.begin(), families.end(), any) == families.end()) families.push_back(any);
+        }
+        freeaddrinfo(found);
+    }
+    return families.size() > 1 ? families : std::vector<char const*>{nullptr};
 }
 
 /// A list of MQTT 5 properties.
@@ -49,10 +70,14 @@ struct Client::Impl {
     Impl(BrokerAddress const& where, Session kind, Listener& whom) : address(where), session(kind), listener(whom) {}
 
     void Close(int result) {
-        if (!open) return;
-        open = false;
         std::string reason = result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result);
         if (reason.ends_with('.')) reason.pop_back();
+        Close(std::move(reason));
+    }
+
+    void Close(std::string reason) {
+        if (!open) return;
+        open = false;
         if (!refusal.empty()) reason = refusal;
         if (!lastError.empty()) reason += " (" + lastError + ")";
         lastError.clear();
@@ -63,6 +88,7 @@ struct Client::Impl {
     static void OnConnect(mosquitto*, void* self, int result, int flags, mosquitto_property const*) {
         auto& impl = *static_cast<Impl*>(self);
         if (result == 0) {
+            impl.failures = 0;
             impl.listener.OnConnected((flags & 1) != 0);
         } else {
             impl.refusal = std::string("the broker refuses: ") + mosquitto_reason_string(result);
@@ -81,10 +107,12 @@ struct Client::Impl {
     Session session;
     Listener& listener;
     std::unique_ptr<mosquitto, void (*)(mosquitto*)> handle{nullptr, &mosquitto_destroy};
-    bool begun = false;       // to connect, at some time
-    bool open = false;        // or about to be
-    std::string refusal{};    // by the broker, of this connection
-    std::string lastError{};  // that the library told of; it knows more of TLS than its results say
+    bool begun = false;        // to connect, at some time
+    bool open = false;         // or about to be
+    std::size_t failures = 0;  // to connect, one after the other
+    std::size_t family = 0;    // of the broker's addresses: where it was reached last, or is tried next
+    std::string refusal{};     // by the broker, of this connection
+    std::string lastError{};   // that the library told of; it knows more of TLS than its results say
 };
 
 Client::Client(BrokerAddress const& address, std::string const& name, Session session, Will const& will,
@@ -121,8 +149,13 @@ Client::~Client() = default;
 
 void Client::Open() {
     mosquitto* const handle = impl_->handle.get();
-    int result = MOSQ_ERR_SUCCESS;
     impl_->open = true;
+    // The library does not wait whether the first address answers, and so never tries the next: a name such as
+    // localhost may have one of each family, and the broker listen at one of them only.
+    auto const families = FindFamilies(impl_->address.host);
+    if (impl_->failures++ > 0) ++impl_->family;
+    Check(mosquitto_string_option(handle, MOSQ_OPT_BIND_ADDRESS, families[impl_->family % families.size()]));
+    int result = MOSQ_ERR_SUCCESS;
     if (!impl_->begun) {
         Properties properties;
         if (impl_->session == Session::Kept) {
@@ -176,6 +209,13 @@ bool Client::WantsToWrite() const { return mosquitto_want_write(impl_->handle.ge
 
 void Client::Serve(bool readable, bool writable) {
     mosquitto* const handle = impl_->handle.get();
+    // Of TLS the library does not notice that there is no connection.
+    sockaddr_storage peer{};
+    socklen_t size = sizeof peer;
+    if (readable && impl_->failures > 0 &&
+        getpeername(mosquitto_socket(handle), reinterpret_cast<sockaddr*>(&peer), &size) != 0) {
+        return impl_->Close("no connection can be made");
+    }
     int result = MOSQ_ERR_SUCCESS;
     if (readable) result = mosquitto_loop_read(handle, 1);
     if (result == MOSQ_ERR_SUCCESS && writable) result = mosquitto_loop_write(handle, 1);
