@@ -70,14 +70,13 @@ struct Client::Impl {
     Impl(BrokerAddress const& where, Session kind, Listener& whom) : address(where), session(kind), listener(whom) {}
 
     void Close(int result) {
-        std::string reason = result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result);
-        if (reason.ends_with('.')) reason.pop_back();
-        Close(std::move(reason));
+        Close(std::string(result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result)));
     }
 
     void Close(std::string reason) {
         if (!open) return;
         open = false;
+        if (reason.ends_with('.')) reason.pop_back();
         if (!refusal.empty()) reason = refusal;
         if (!lastError.empty()) reason += " (" + lastError + ")";
         lastError.clear();
@@ -88,7 +87,7 @@ struct Client::Impl {
     static void OnConnect(mosquitto*, void* self, int result, int flags, mosquitto_property const*) {
         auto& impl = *static_cast<Impl*>(self);
         if (result == 0) {
-            impl.failures = 0;
+            impl.connected = true;
             impl.listener.OnConnected((flags & 1) != 0);
         } else {
             impl.refusal = std::string("the broker refuses: ") + mosquitto_reason_string(result);
@@ -107,12 +106,14 @@ struct Client::Impl {
     Session session;
     Listener& listener;
     std::unique_ptr<mosquitto, void (*)(mosquitto*)> handle{nullptr, &mosquitto_destroy};
-    bool begun = false;        // to connect, at some time
-    bool open = false;         // or about to be
-    std::size_t failures = 0;  // to connect, one after the other
-    std::size_t family = 0;    // of the broker's addresses: where it was reached last, or is tried next
-    std::string refusal{};     // by the broker, of this connection
-    std::string lastError{};   // that the library told of; it knows more of TLS than its results say
+    bool begun = false;       // to connect, at some time
+    bool open = false;        // or about to be
+    bool connected = false;   // since the last call of Open
+    std::size_t family = 0;   // of the broker's addresses: where it was reached last, or is tried next
+    std::size_t untried = 0;  // families that are left to try
+    std::vector<char const*> families{};
+    std::string refusal{};    // by the broker, of this connection
+    std::string lastError{};  // that the library told of; it knows more of TLS than its results say
 };
 
 Client::Client(BrokerAddress const& address, std::string const& name, Session session, Will const& will,
@@ -148,13 +149,22 @@ Client::Client(BrokerAddress const& address, std::string const& name, Session se
 Client::~Client() = default;
 
 void Client::Open() {
-    mosquitto* const handle = impl_->handle.get();
+    // An address that does not even refuse is not waited for again before the others.
+    if (impl_->begun && !impl_->connected) ++impl_->family;
     impl_->open = true;
-    // The library does not wait whether the first address answers, and so never tries the next: a name such as
-    // localhost may have one of each family, and the broker listen at one of them only.
-    auto const families = FindFamilies(impl_->address.host);
-    if (impl_->failures++ > 0) ++impl_->family;
-    Check(mosquitto_string_option(handle, MOSQ_OPT_BIND_ADDRESS, families[impl_->family % families.size()]));
+    impl_->connected = false;
+    impl_->families = FindFamilies(impl_->address.host);
+    impl_->untried = impl_->families.size();
+    TryFamily();
+}
+
+// The library does not wait whether the first address answers, and so never tries the next: a name such as localhost
+// may have one of each family, and the broker listen at one of them only.
+void Client::TryFamily() {
+    mosquitto* const handle = impl_->handle.get();
+    --impl_->untried;
+    Check(mosquitto_string_option(handle, MOSQ_OPT_BIND_ADDRESS,
+                                  impl_->families[impl_->family % impl_->families.size()]));
     int result = MOSQ_ERR_SUCCESS;
     if (!impl_->begun) {
         Properties properties;
@@ -170,7 +180,13 @@ void Client::Open() {
     } else {
         result = mosquitto_reconnect_async(handle);
     }
-    if (result > 0) impl_->Close(result);
+    if (result > 0) Miss(result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result));
+}
+
+void Client::Miss(std::string reason) {
+    ++impl_->family;
+    if (impl_->untried > 0) return TryFamily();
+    impl_->Close(std::move(reason));
 }
 
 void Client::Disconnect() { mosquitto_disconnect(impl_->handle.get()); }
@@ -212,9 +228,9 @@ void Client::Serve(bool readable, bool writable) {
     // Of TLS the library does not notice that there is no connection.
     sockaddr_storage peer{};
     socklen_t size = sizeof peer;
-    if (readable && impl_->failures > 0 &&
+    if (readable && !impl_->connected &&
         getpeername(mosquitto_socket(handle), reinterpret_cast<sockaddr*>(&peer), &size) != 0) {
-        return impl_->Close("no connection can be made");
+        return Miss("no connection can be made");
     }
     int result = MOSQ_ERR_SUCCESS;
     if (readable) result = mosquitto_loop_read(handle, 1);

@@ -71,6 +71,11 @@ public:
 
 private:
     struct Impl;
+
+    void TryFamily();
+    /// There is nobody at the family that was tried.
+    void Miss(std::string reason);
+
     std::unique_ptr<Impl> impl_;
 };
 
