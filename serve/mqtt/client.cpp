@@ -20,6 +20,7 @@ namespace {
 constexpr int KeepAliveSeconds = 30;
 constexpr std::uint32_t SessionSeconds = 24 * 60 * 60;
 constexpr int MessagesOnTheirWay = 20;
+constexpr char SystemCertificates[] = "/etc/ssl/certs";
 
 /// Whoever uses the library has to say so, as often as they like.
 void UseLibrary() {
@@ -131,10 +132,12 @@ Client::Client(BrokerAddress const& address, std::string const& name, Session se
         Check(mosquitto_username_pw_set(handle, address.user.c_str(), password));
     }
     if (address.tls) {
-        if (address.authorities.empty()) {
-            Check(mosquitto_int_option(handle, MOSQ_OPT_TLS_USE_OS_CERTS, 1));
-        } else if (mosquitto_tls_set(handle, address.authorities.c_str(), nullptr, nullptr, nullptr, nullptr) != 0) {
-            throw host::Error("cannot read the certificates in '" + address.authorities + "'");
+        // The library's own option for the system's certificates forbids to connect a second time.
+        bool const isSystem = address.authorities.empty();
+        char const* const file = isSystem ? nullptr : address.authorities.c_str();
+        if (mosquitto_tls_set(handle, file, isSystem ? SystemCertificates : nullptr, nullptr, nullptr, nullptr) != 0) {
+            throw host::Error("cannot read the certificates in '" +
+                              (isSystem ? SystemCertificates : address.authorities) + "'");
         }
     }
     if (!will.topic.empty()) {
