@@ -63,11 +63,10 @@ void RequestReader::Parse() {
         boost::beast::error_code error;
         std::size_t const taken = parser_->put(boost::asio::buffer(waiting_), error);
         waiting_.erase(0, taken);
+        if (state_ == State::Head) headSize_ += taken;
         if (error == beast::error::need_more) break;
         if (error) return Fail(Explain(error, limits_));
-        if (state_ == State::Head) {
-            headSize_ += taken;
-            if (!parser_->is_header_done()) continue;
+        if (state_ == State::Head && parser_->is_header_done()) {
             // The parser holds a head against its limit only while it waits for the end of one.
             if (headSize_ > limits_.maxHead) return Fail(Explain(beast::error::header_limit, limits_));
             TakeHead();
