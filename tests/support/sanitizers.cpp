@@ -1,5 +1,5 @@
 // What the sanitizers shall overlook: faults of libraries that are not ours, as narrowly as they can be named. Linked
-// into programs that use GStreamer; without a sanitizer nobody calls these functions.
+// into programs that use GStreamer or draw texts; without a sanitizer nobody calls these functions.
 
 extern "C" {
 
