@@ -1,6 +1,5 @@
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,6 +20,7 @@
 #include "plugins_option.hpp"
 #include "progress.hpp"
 #include "run.hpp"
+#include "run_outputs.hpp"
 #include "snapshot_sink.hpp"
 #include "stream_options.hpp"
 #include "text.hpp"
@@ -33,9 +33,7 @@ struct Options {
     std::vector<std::string> algorithms;
     std::vector<std::string> plugins;
     std::vector<std::string> settings;
-    std::string output = "-";
-    std::string annotate;
-    std::string snapshot;
+    RunOutputs outputs;
     std::optional<std::uint64_t> maxFrames;
     std::string calibration;
     std::optional<std::string> models;
@@ -49,16 +47,6 @@ std::string CheckFrameCount(std::string const& text) {
     bool const isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
     if (isNumber && text.find_first_not_of('0') != std::string::npos) return {};
     return "'" + text + "' is no number of frames: give a whole number from 1";
-}
-
-/// Whether two paths lead to one file; neither needs to exist yet.
-bool IsSameFile(std::string const& left, std::string const& right) {
-    namespace files = std::filesystem;
-    std::error_code ignored;
-    if (files::is_regular_file(left, ignored)) return files::equivalent(left, right, ignored);
-    if (files::exists(left, ignored)) return left == right;
-    return files::weakly_canonical(files::absolute(left), ignored) ==
-           files::weakly_canonical(files::absolute(right), ignored);
 }
 
 void AddOptions(CLI::App& command, Options& options) {
@@ -80,14 +68,15 @@ void AddOptions(CLI::App& command, Options& options) {
         ->expected(1)
         ->allow_extra_args(false);
     command
-        .add_option("-o,--output", options.output,
+        .add_option("-o,--output", options.outputs.results,
                     "Where the results go, a line of JSON a frame; - is the standard output")
         ->type_name("FILE")
         ->capture_default_str();
-    command.add_option("--annotate", options.annotate, "Writes the video with the objects drawn on it (MP4, H.264)")
+    command
+        .add_option("--annotate", options.outputs.video, "Writes the video with the objects drawn on it (MP4, H.264)")
         ->type_name("FILE.mp4");
     command
-        .add_option("--snapshot", options.snapshot,
+        .add_option("--snapshot", options.outputs.picture,
                     "Draws a sheet of up to nine annotated frames from all over the run")
         ->type_name("FILE.png");
     command.add_option("-n,--max-frames", options.maxFrames, "Stops after so many frames")
@@ -116,31 +105,6 @@ void AddOptions(CLI::App& command, Options& options) {
         "the reason; the annotated video shows the heights and a grid in metres on the ground.");
 }
 
-/// An output must be neither the video itself, nor the calibration, nor another output: opening it empties it.
-void CheckOutputs(Options const& options, host::Location const& location) {
-    if (options.annotate == "-" || options.snapshot == "-") {
-        throw host::UsageError("only --output can be '-', the standard output; name a file");
-    }
-    std::vector<std::string> taken;
-    if (location.file) taken.push_back(*location.file);
-    if (!options.calibration.empty()) taken.push_back(options.calibration);
-    for (std::string const& path :
-         {options.output == "-" ? std::string() : options.output, options.annotate, options.snapshot}) {
-        if (path.empty()) continue;
-        for (std::string const& other : taken) {
-            if (!IsSameFile(path, other)) continue;
-            if (location.file && other == *location.file) {
-                throw host::UsageError("'" + path + "' is the video itself; write the results to another file");
-            }
-            if (other == options.calibration) {
-                throw host::UsageError("'" + path + "' is the calibration; write the results to another file");
-            }
-            throw host::UsageError("'" + path + "' is named for two outputs");
-        }
-        taken.push_back(path);
-    }
-}
-
 /// Draws a grid in metres on the ground.
 host::AnnotationSink::Backdrop MakeBackdrop(host::calibration::Calibration const& calibration) {
     return [mounting = calibration.mounting](host::Picture& picture) {
@@ -152,13 +116,14 @@ std::vector<std::unique_ptr<host::FrameSink>> MakeSinks(
     Options const& options, host::Location const& location, host::FrameSource const& source,
     std::optional<host::calibration::Calibration> const& calibration) {
     std::vector<std::unique_ptr<host::FrameSink>> sinks;
-    sinks.push_back(std::make_unique<host::JsonLinesSink>(options.output, location.name));
-    if (!options.annotate.empty()) {
-        sinks.push_back(std::make_unique<host::AnnotationSink>(options.annotate, source.GetFrameSize(),
+    sinks.push_back(std::make_unique<host::JsonLinesSink>(options.outputs.results, location.name));
+    if (!options.outputs.video.empty()) {
+        sinks.push_back(std::make_unique<host::AnnotationSink>(options.outputs.video, source.GetFrameSize(),
                                                                source.GetFrameRate(),
                                                                calibration ? MakeBackdrop(*calibration) : nullptr));
     }
-    if (!options.snapshot.empty()) sinks.push_back(std::make_unique<host::SnapshotSink>(options.snapshot));
+    if (!options.outputs.picture.empty())
+        sinks.push_back(std::make_unique<host::SnapshotSink>(options.outputs.picture));
     return sinks;
 }
 
@@ -207,7 +172,7 @@ int Run(Options const& options) {
         measurer.emplace(*calibration, options.uncertainty);
     }
     host::Location const location = host::Locate(options.video);
-    CheckOutputs(options, location);
+    CheckRunOutputs(options.outputs, location, options.calibration);
     CheckStreamOptions(options.stream, location);
     std::optional<host::Progress> progress;
     if (host::IsStream(location)) host::PrepareForLongRun();

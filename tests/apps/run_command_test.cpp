@@ -5,11 +5,9 @@
 #include <boost/json.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "program.hpp"
-#include "support/temporary_directory.hpp"
+#include "run_fixture.hpp"
 #include "support/test_video.hpp"
 #include "video_source.hpp"
 
@@ -38,30 +36,7 @@ std::string SquareLine(std::string const& source, unsigned int i) {
            R"(,"y":8,"w":8,"h":8,"area":64}]})";
 }
 
-class QelRun : public testing::Test {
-protected:
-    QelRun() : video(directory / "video.mkv") { WriteMovingSquare(video, {.frames = 20}); }
-
-    /// A run with the algorithm of the tests.
-    std::vector<std::string> Arguments(std::vector<std::string> more = {}) const {
-        std::vector<std::string> arguments{"run", video, "--algorithm", "threshold"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
-    }
-
-    /// Expects a run to fail with exactly this line, and with nothing else said.
-    void ExpectRefused(std::vector<std::string> const& arguments, int exitCode, std::string const& line) const {
-        Outcome const outcome = RunProgram(arguments);
-        EXPECT_EQ(outcome.exitCode, exitCode);
-        EXPECT_EQ(outcome.error, "qel: " + line + "\n");
-        EXPECT_EQ(outcome.output, "");
-    }
-
-    void MakeLongVideo() const { WriteMovingSquare(video, {.width = 1024, .height = 48, .frames = 500}); }
-
-    TemporaryDirectory directory;
-    std::string video;
-};
+using QelRun = RunTest;
 
 TEST_F(QelRun, WritesALineOfJsonAFrame) {
     Outcome const outcome = RunProgram(Arguments({"--quiet"}));
@@ -116,33 +91,6 @@ TEST_F(QelRun, SetsPropertiesOfEveryType) {
     EXPECT_EQ(objects[0].at("detection").at("label"), "moving");
     EXPECT_EQ(objects[0].at("detection").at("confidence").as_double(), 0.25);
     EXPECT_EQ(objectsOf({"--set", "threshold=221", "--set", "threshold=220"}).size(), 1U);
-}
-
-TEST_F(QelRun, WritesAVideoThatPlaysWithEveryFrame) {
-    std::string const file = directory / "annotated.mp4";
-    Outcome const outcome = RunProgram(Arguments({"-q", "-o", directory / "o", "--annotate", file}));
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
-    host::VideoSource source(host::Locate(file), {media::ColourFormat::Rgb24});
-    unsigned int frames = 0;
-    while (auto const frame = source.Read()) {
-        EXPECT_EQ(frame->GetWidth(), 64U);
-        EXPECT_EQ(frame->GetHeight(), 48U);
-        EXPECT_EQ(frame->GetTimestamp().time_since_epoch(), std::chrono::milliseconds(100 * frames));
-        ++frames;
-    }
-    EXPECT_EQ(frames, 20U);
-}
-
-TEST_F(QelRun, DrawsAContactSheet) {
-    std::string const file = directory / "sheet.png";
-    Outcome const outcome = RunProgram(Arguments({"-q", "-o", directory / "o", "--snapshot", file}));
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
-    host::VideoSource source(host::Locate(file), {media::ColourFormat::Rgb24});
-    auto const sheet = source.Read();
-    ASSERT_TRUE(sheet);
-    // Three by three cells of 64 x (48 + 22 for the title) and gaps of 4.
-    EXPECT_EQ(sheet->GetWidth(), 3 * (64 + 4) + 4U);
-    EXPECT_EQ(sheet->GetHeight(), 3 * (48 + 22 + 4) + 4U);
 }
 
 TEST_F(QelRun, ShowsAProgressBarOnATerminalOnly) {
@@ -289,90 +237,6 @@ TEST_F(QelRun, WarnsOfAVideoThatEndsLongBeforeItsTime) {
     EXPECT_THAT(outcome.error, StartsWith("qel: warning: '" + video + "' ends at 0:0"));
     EXPECT_THAT(outcome.error, testing::EndsWith(", but its headers promise 0:10.0: it may be damaged\n"));
     EXPECT_EQ(RunProgram(Arguments({"-q", "-n", "20"})).error, "");
-}
-
-TEST_F(QelRun, SaysThatAnOutputCannotBeWritten) {
-    std::string const nowhere = directory / "no/such/folder/file";
-    ExpectRefused(Arguments({"-q", "-o", nowhere}), 1, "cannot write '" + nowhere + "': No such file or directory");
-    ExpectRefused(Arguments({"-q", "-o", directory / "o", "--snapshot", nowhere}), 1,
-                  "cannot write '" + nowhere + "': No such file or directory");
-    Outcome const outcome = RunProgram(Arguments({"-q", "-o", directory / "o", "--annotate", nowhere}));
-    EXPECT_EQ(outcome.exitCode, 1);
-    ASSERT_EQ(SplitLines(outcome.error).size(), 1U) << outcome.error;
-    EXPECT_THAT(outcome.error, StartsWith("qel: cannot write '" + nowhere + "': "));
-}
-
-TEST_F(QelRun, SaysThatTheDiskIsFull) {
-    std::string const full = "cannot write '/dev/full': No space left on device";
-    ExpectRefused(Arguments({"-q", "-o", "/dev/full"}), 1, full);
-    ExpectRefused(Arguments({"-q", "-o", directory / "o", "--snapshot", "/dev/full"}), 1, full);
-    ExpectRefused(Arguments({"-q", "-o", directory / "o", "--annotate", "/dev/full"}), 1, full);
-    Command command = MakeProgram(Arguments({"-q"}));
-    command.outputFile = "/dev/full";
-    Outcome const outcome = RunProcess(command);
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.error, "qel: cannot write the standard output: No space left on device\n");
-}
-
-TEST_F(QelRun, LeavesWholeLinesWhenAFileMayGrowNoFurther) {
-    std::string const file = directory / "o";
-    Command command = MakeProgram(Arguments({"-q", "-o", file}));
-    command.prepare = [] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit const limit{1000, 1000};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    };
-    Outcome const outcome = RunProcess(command);
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.error, "qel: cannot write '" + file + "': File too large\n");
-    std::string const text = ReadFile(file);
-    EXPECT_GT(text.size(), 0U);
-    EXPECT_EQ(text.back(), '\n');
-    for (std::string const& line : SplitLines(text)) EXPECT_NO_THROW((void)json::parse(line));
-}
-
-TEST_F(QelRun, SaysThatTheReaderOfItsOutputWentAway) {
-    MakeLongVideo();
-    Command command;
-    command.program = "/bin/sh";
-    command.arguments = {"-c", "{ \"$0\" run \"$1\" -a threshold -q; echo \"exit $?\" >&2; } | head -n 1",
-                         QEL_TEST_PROGRAM, video};
-    command.environment["LD_LIBRARY_PATH"] = QEL_TEST_PLUGINS;
-    Outcome const outcome = RunProcess(command);
-    EXPECT_EQ(SplitLines(outcome.output).size(), 1U);
-    EXPECT_EQ(outcome.error, "qel: cannot write the standard output: Broken pipe\nexit 1\n");
-}
-
-TEST_F(QelRun, NeverOverwritesTheVideoOrOneOutputWithAnother) {
-    std::string const before = ReadFile(video);
-    std::string const link = directory / "link";
-    std::filesystem::create_symlink(video, link);
-    ExpectRefused(Arguments({"-o", video}), 2,
-                  "'" + video + "' is the video itself; write the results to another file");
-    ExpectRefused(Arguments({"-o", link}), 2, "'" + link + "' is the video itself; write the results to another file");
-    ExpectRefused(Arguments({"--annotate", video}), 2,
-                  "'" + video + "' is the video itself; write the results to another file");
-    std::string const file = directory / "same";
-    ExpectRefused(Arguments({"-o", file, "--snapshot", file}), 2, "'" + file + "' is named for two outputs");
-    EXPECT_EQ(ReadFile(video), before);
-    std::string const again = directory / "./same";
-    ExpectRefused(Arguments({"-o", file, "--snapshot", again}), 2, "'" + again + "' is named for two outputs");
-    EXPECT_FALSE(std::filesystem::exists(file));
-}
-
-TEST_F(QelRun, WritesOnlyResultsToTheStandardOutput) {
-    for (char const* option : {"--annotate", "--snapshot"}) {
-        ExpectRefused(Arguments({option, "-"}), 2, "only --output can be '-', the standard output; name a file");
-    }
-}
-
-TEST_F(QelRun, SaysThatTheFramesAreTooSmallToBeAnnotated) {
-    WriteMovingSquare(video, {.width = 14, .height = 48, .frames = 2});
-    std::string const file = directory / "small.mp4";
-    ExpectRefused(Arguments({"-q", "--annotate", file}), 1,
-                  "cannot write '" + file + "': MP4 needs pictures of 16 x 16 pixels or more, these have 14 x 48");
-    WriteMovingSquare(video, {.width = 15, .height = 48, .frames = 2});
-    EXPECT_EQ(RunProgram(Arguments({"-q", "--annotate", file})).exitCode, 0);
 }
 
 /// Runs a script of the shell in which $0 is the program and $1 a video.
