@@ -1,5 +1,7 @@
 #include "config_file.hpp"
 
+#include <utility>
+
 #include <boost/filesystem/operations.hpp>
 
 #include "calibration/file.hpp"
@@ -21,6 +23,26 @@ std::string ReadAll(boost::filesystem::path const& file) {
 
 ConfigFile::ConfigFile(boost::filesystem::path const& file)
     : file_(boost::filesystem::absolute(file).lexically_normal()) {}
+
+// The file itself goes with each change, and a lock on it would go with it. Where it is a link, what it points to is
+// what is replaced, and whoever comes by another link is kept out as well.
+void ConfigFile::Lock() {
+    boost::system::error_code ignored;
+    auto const target = boost::filesystem::weakly_canonical(file_, ignored);
+    std::string const path = (target.empty() ? file_ : target).string() + ".lock";
+    bool isMine = false;
+    try {
+        auto lock = std::make_unique<File const>(path, File::Mode::Update);
+        isMine = lock->Lock();
+        lock_ = std::move(lock);
+    } catch (host::Error const& error) {
+        throw host::Error("cannot use '" + file_.string() + "': " + error.what());
+    }
+    if (!isMine) {
+        throw host::Error("another program uses the configuration '" + file_.string() +
+                          "': end it first, or give each a file of its own");
+    }
+}
 
 std::optional<std::string> ConfigFile::Read() const {
     boost::system::error_code ignored;

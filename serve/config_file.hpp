@@ -1,14 +1,18 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include <boost/filesystem/path.hpp>
 
+#include "file.hpp"
+
 namespace qel::serve {
 
 /// The file of a configuration and those beside it: FILE.last-good, the last content that was in effect, and
-/// FILE.broken, what a person had written that could not be used. Each is replaced in one step. One thread at a time.
+/// FILE.broken, what a person had written that could not be used. Each is replaced in one step. FILE.lock is empty and
+/// stays; who uses FILE holds a lock on it, which the system takes back however the process ends. One thread at a time.
 class ConfigFile {
 public:
     /// file: made absolute.
@@ -18,6 +22,8 @@ public:
     boost::filesystem::path GetLastGoodPath() const { return Beside(".last-good"); }
     boost::filesystem::path GetBrokenPath() const { return Beside(".broken"); }
 
+    /// Keeps all others who do the same from the file, until the object goes. Throws Error when somebody else was first.
+    void Lock();
     /// The content; nothing when there is no such file. Throws Error when it cannot be read.
     std::optional<std::string> Read() const;
     /// The last content that was in effect; nothing when there is none that can be read.
@@ -35,6 +41,7 @@ private:
     boost::filesystem::path Beside(char const* ending) const { return file_.string() + ending; }
 
     boost::filesystem::path file_;
+    std::unique_ptr<File const> lock_{};
 };
 
 }  // namespace qel::serve

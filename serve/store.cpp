@@ -76,7 +76,7 @@ struct Store::Impl {
     /// The node at a path; null where there is none that may be read.
     std::shared_ptr<Node const> Find(std::string_view path);
 
-    ConfigFile const file;
+    ConfigFile file;
     ConfigTree tree;
     // Held from the check of a change until it is in effect, not while it is told of. Locked before the others.
     std::mutex changing;
@@ -92,6 +92,7 @@ struct Store::Impl {
 };
 
 void Store::Impl::Load() {
+    file.Lock();
     auto const text = file.Read();
     if (!text) return Create();
     try {

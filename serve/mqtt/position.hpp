@@ -5,7 +5,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "mqtt/file.hpp"
+#include "file.hpp"
 
 namespace qel::serve::mqtt {
 

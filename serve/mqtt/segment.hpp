@@ -8,7 +8,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "mqtt/file.hpp"
+#include "file.hpp"
 
 namespace qel::serve::mqtt {
 

@@ -12,7 +12,7 @@
 
 #include "error.hpp"
 #include "mqtt/bytes.hpp"
-#include "mqtt/file.hpp"
+#include "file.hpp"
 #include "mqtt/position.hpp"
 #include "mqtt/segment.hpp"
 
@@ -60,7 +60,10 @@ struct Spool::Impl {
 
     Impl(boost::filesystem::path where, std::uint64_t most)
         : folder(MakeFolder(where)), maxBytes(most), lock(folder / "lock", File::Mode::Update) {
-        if (!lock.Lock()) throw host::Error("another program uses the spool '" + folder.string() + "'");
+        if (!lock.Lock()) {
+            throw host::Error("another program uses the spool '" + folder.string() +
+                              "': end it first, or give each a folder of its own");
+        }
         id = ReadId(folder / "id");
         position.emplace(folder / "position");
         OpenSegments();

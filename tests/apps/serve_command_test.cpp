@@ -119,6 +119,39 @@ TEST(QelServe, KeepsLinesForABrokerThatIsAwayBesideTheConfiguration) {
     EXPECT_EQ(ReadFile(folder / "config.json.spool/id").size(), 16U);
 }
 
+TEST(QelServe, RefusesWhatAnotherServerUsesUntilThatOneIsGone) {
+    TemporaryDirectory folder;
+    std::vector<std::string> const arguments{"--listen", "127.0.0.1:0", "--mqtt", "mqtt://127.0.0.1:1", "--mqtt-spool",
+                                             folder / "spool"};
+    auto const serve = [&](std::string const& configuration) {
+        std::vector<std::string> all{"serve", folder / configuration};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return MakeProgram(all);
+    };
+    Command first = serve("config.json");
+    Watcher watcher;
+    watcher.When(Says("listening on"), [&](pid_t process) {
+        Outcome const same = RunProcess(serve("config.json"));
+        EXPECT_EQ(same.exitCode, 1);
+        EXPECT_EQ(same.error, "qel: another program uses the configuration '" + folder / "config.json" +
+                                  "': end it first, or give each a file of its own\n");
+        Outcome const spool = RunProcess(serve("other.json"));
+        EXPECT_EQ(spool.exitCode, 1);
+        EXPECT_EQ(spool.error, "qel: another program uses the spool '" + folder / "spool" +
+                                   "': end it first, or give each a folder of its own\n");
+        kill(process, SIGKILL);
+    });
+    first.watch = std::ref(watcher);
+    EXPECT_EQ(RunProcess(first).exitCode, -SIGKILL);
+    EXPECT_TRUE(watcher.IsDone());
+    Command next = serve("config.json");
+    Watcher nextWatcher;
+    nextWatcher.When(Says("listening on"), [](pid_t process) { kill(process, SIGTERM); });
+    next.watch = std::ref(nextWatcher);
+    Outcome const outcome = RunProcess(next);
+    EXPECT_EQ(outcome.exitCode, 128 + SIGTERM) << outcome.error;
+}
+
 TEST(QelServe, SaysThatItsPortIsTaken) {
     TemporaryDirectory folder;
     Command first = MakeProgram({"serve", folder / "one.json", "--listen", "127.0.0.1:0"});

@@ -142,7 +142,8 @@ TEST_F(StoreFile, ChangesNothingWhenItCannotBeWritten) {
         EXPECT_THAT(test::MessageOf<host::Error>([&] { Patch(R"({"algorithms": {"Threshold": {"threshold": 30}}})"); }),
                     StartsWith("cannot write '" + path_ + "': "));
         EXPECT_EQ(store_->GetData(""), data);
-        EXPECT_THAT(test::MessageOf<host::Error>([&] { Open(); }), HasSubstr("cannot write "));
+        EXPECT_THAT(test::MessageOf<host::Error>([&] { Open(); }),
+                    StartsWith("cannot use '" + path_ + "': cannot open '" + path_ + ".lock': "));
     }
     std::filesystem::permissions(directory_.GetPath(), std::filesystem::perms::owner_all);
     EXPECT_EQ(told, 0);
@@ -151,12 +152,28 @@ TEST_F(StoreFile, ChangesNothingWhenItCannotBeWritten) {
     EXPECT_EQ(store_->GetData(""), data);
 }
 
+TEST_F(StoreFile, IsUsedByOneStoreAtATimeWhateverItsName) {
+    OpenWith(Gate);
+    std::filesystem::create_directory(directory_ / "other");
+    std::filesystem::create_symlink(path_, directory_ / "other/link.json");
+    for (std::string const& path : {path_, directory_ / "other/link.json"}) {
+        host::Runtime runtime;
+        EXPECT_EQ(test::MessageOf<host::Error>([&] { Store const store(runtime, path); }),
+                  "another program uses the configuration '" + path +
+                      "': end it first, or give each a file of its own");
+        // The file is another one after each change, the lock is not.
+        Patch(R"({"algorithms": {"Threshold": {"threshold": 30}}})");
+    }
+    Open();
+    EXPECT_EQ(Data("streams.gate.settings.Threshold.threshold"), "30");
+}
+
 TEST_F(StoreFile, TellsOfOneThatCannotBeRead) {
     std::filesystem::create_directory(path_);
     EXPECT_THAT(test::MessageOf<host::Error>([&] { Open(); }), StartsWith("cannot read '" + path_ + "': "));
     host::Runtime runtime;
     EXPECT_THAT(test::MessageOf<host::Error>([&] { Store const store(runtime, directory_ / "no/such/folder.json"); }),
-                StartsWith("cannot write '"));
+                StartsWith("cannot use '" + (directory_ / "no/such/folder.json") + "': "));
     EXPECT_EQ(runtime.GetRoot().Find("streams"), nullptr);
 }
 

@@ -182,7 +182,7 @@ TEST(SpoolFailure, WhatCannotBeOpenedIsSaid) {
     {
         Spool spool(path, Plenty);
         EXPECT_EQ(MessageOf<host::Error>([&] { Spool second(path, Plenty); }),
-                  "another program uses the spool '" + path + "'");
+                  "another program uses the spool '" + path + "': end it first, or give each a folder of its own");
         struct stat status {};
         ASSERT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777U, 0700U) << "nobody else reads what was seen";

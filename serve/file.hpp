@@ -7,7 +7,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-namespace qel::serve::mqtt {
+namespace qel::serve {
 
 /// An open file that is read and written by position. Throws host::Error with its name and the reason.
 class File {
@@ -45,4 +45,4 @@ private:
 /// Waits until the names of the files in a folder are on the disk.
 void SyncFolder(boost::filesystem::path const& folder);
 
-}  // namespace qel::serve::mqtt
+}  // namespace qel::serve

@@ -1,4 +1,4 @@
-#include "mqtt/file.hpp"
+#include "file.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -11,7 +11,7 @@
 
 #include "error.hpp"
 
-namespace qel::serve::mqtt {
+namespace qel::serve {
 namespace {
 
 int ToFlags(File::Mode mode) {
@@ -93,4 +93,4 @@ void File::Fail(char const* what, int error) const {
 
 void SyncFolder(boost::filesystem::path const& folder) { File(folder, File::Mode::Read).Sync(); }
 
-}  // namespace qel::serve::mqtt
+}  // namespace qel::serve
