@@ -38,8 +38,8 @@ public:
     /// Reads the file, or creates an empty configuration where there is none. Where the file is broken, or says what
     /// cannot be, the last good one is used, and the store is in safe mode until the next change is saved; the file is
     /// kept as FILE.broken then.
-    /// runtime: outlives the store; one store of a runtime, and of a file. Throws Error when another store uses the file,
-    /// also in another process, when it cannot be read or the folder not be written.
+    /// runtime: outlives the store; one store of a runtime, and of a file. Throws Error when another store uses the
+    /// file, also in another process, when it cannot be read or the folder not be written.
     Store(host::Runtime& runtime, boost::filesystem::path const& file);
     Store(Store const&) = delete;
     Store& operator=(Store const&) = delete;

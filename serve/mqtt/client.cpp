@@ -1,10 +1,13 @@
 #include "mqtt/client.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <mosquitto.h>
@@ -13,6 +16,8 @@
 #include <sys/socket.h>
 
 #include "error.hpp"
+#include "mqtt/library.hpp"
+#include "mqtt/wake_up.hpp"
 
 namespace qel::serve::mqtt {
 namespace {
@@ -21,17 +26,6 @@ constexpr int KeepAliveSeconds = 30;
 constexpr std::uint32_t SessionSeconds = 24 * 60 * 60;
 constexpr int MessagesOnTheirWay = 20;
 constexpr char SystemCertificates[] = "/etc/ssl/certs";
-
-/// Whoever uses the library has to say so, as often as they like.
-void UseLibrary() {
-    static int const ready = mosquitto_lib_init();
-    if (ready != MOSQ_ERR_SUCCESS) throw host::Error("the MQTT library cannot be used");
-}
-
-void Check(int result) {
-    if (result == MOSQ_ERR_NOMEM) throw std::bad_alloc();
-    if (result != MOSQ_ERR_SUCCESS) throw host::Error(std::string("MQTT: ") + mosquitto_strerror(result));
-}
 
 /// Addresses to bind to so that only the broker's of one family are tried, in the order in which the system prefers
 /// them; a single null where there is nothing to choose.
@@ -50,29 +44,15 @@ std::vector<char const*> FindFamilies(std::string const& host) {
     return families.size() > 1 ? families : std::vector<char const*>{nullptr};
 }
 
-/// A list of MQTT 5 properties.
-class Properties {
-public:
-    Properties() = default;
-    Properties(Properties const&) = delete;
-    Properties& operator=(Properties const&) = delete;
-    ~Properties() { mosquitto_property_free_all(&list_); }
-
-    mosquitto_property** GetSlot() { return &list_; }
-    mosquitto_property const* Get() const { return list_; }
-
-private:
-    mosquitto_property* list_ = nullptr;
-};
-
 }  // namespace
 
 struct Client::Impl {
+    /// Who may use the handle: the client, or the thread that tries addresses.
+    enum class Dialling { No, Going, Done };
+
     Impl(BrokerAddress const& where, Session kind, Listener& whom) : address(where), session(kind), listener(whom) {}
 
-    void Close(int result) {
-        Close(std::string(result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result)));
-    }
+    void Close(int result) { Close(Explain(result)); }
 
     void Close(std::string reason) {
         if (!open) return;
@@ -80,9 +60,14 @@ struct Client::Impl {
         if (reason.ends_with('.')) reason.pop_back();
         if (!refusal.empty()) reason = refusal;
         if (!lastError.empty()) reason += " (" + lastError + ")";
-        lastError.clear();
-        refusal.clear();
         listener.OnClosed(reason);
+    }
+
+    void TryAddresses();
+    int TryFamily();
+
+    static std::string Explain(int result) {
+        return result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result);
     }
 
     static void OnConnect(mosquitto*, void* self, int result, int flags, mosquitto_property const*) {
@@ -106,20 +91,60 @@ struct Client::Impl {
     BrokerAddress address;
     Session session;
     Listener& listener;
+    bool open = false;       // or about to be
+    bool connected = false;  // since the last call of Open
+
+    // Of the thread that tries addresses, while there is one.
     std::unique_ptr<mosquitto, void (*)(mosquitto*)> handle{nullptr, &mosquitto_destroy};
     bool begun = false;       // to connect, at some time
-    bool open = false;        // or about to be
-    bool connected = false;   // since the last call of Open
     std::size_t family = 0;   // of the broker's addresses: where it was reached last, or is tried next
     std::size_t untried = 0;  // families that are left to try
     std::vector<char const*> families{};
     std::string refusal{};    // by the broker, of this connection
     std::string lastError{};  // that the library told of; it knows more of TLS than its results say
+    std::string miss{};       // why nobody was found at the addresses that were tried; empty where one is being reached
+
+    std::atomic<Dialling> dialling = Dialling::No;
+    std::atomic<bool> abandoned = false;
+    WakeUp dialled{};
 };
+
+// The library does not wait whether the first address answers, and so never tries the next: a name such as localhost
+// may have one of each family, and the broker listen at one of them only. Each call of the library looks the name up
+// once more.
+void Client::Impl::TryAddresses() {
+    if (families.empty()) {
+        families = FindFamilies(address.host);
+        untried = families.size();
+    }
+    for (; untried > 0 && !abandoned; ++family) {
+        --untried;
+        // What was said of another address is not said of this one.
+        lastError.clear();
+        int const result = TryFamily();
+        miss = result > 0 ? Explain(result) : "";
+        if (miss.empty()) return;
+    }
+}
+
+int Client::Impl::TryFamily() {
+    Check(mosquitto_string_option(handle.get(), MOSQ_OPT_BIND_ADDRESS, families[family % families.size()]));
+    if (begun) return mosquitto_reconnect_async(handle.get());
+    Properties properties;
+    if (session == Session::Kept) {
+        Check(mosquitto_property_add_int32(properties.GetSlot(), MQTT_PROP_SESSION_EXPIRY_INTERVAL, SessionSeconds));
+    }
+    // The function that does not wait for the connection takes no properties, but uses those of an earlier call of
+    // this one, which keeps them before it finds that there is no such port.
+    mosquitto_connect_bind_v5(handle.get(), address.host.c_str(), 0, KeepAliveSeconds, nullptr, properties.Get());
+    int const result = mosquitto_connect_async(handle.get(), address.host.c_str(), address.port, KeepAliveSeconds);
+    begun = result == MOSQ_ERR_SUCCESS;
+    return result;
+}
 
 Client::Client(BrokerAddress const& address, std::string const& name, Session session, Will const& will,
                Listener& listener)
-    : impl_(std::make_unique<Impl>(address, session, listener)) {
+    : impl_(std::make_shared<Impl>(address, session, listener)) {
     UseLibrary();
     impl_->handle.reset(mosquitto_new(name.c_str(), session == Session::Fresh, impl_.get()));
     mosquitto* const handle = impl_->handle.get();
@@ -149,48 +174,55 @@ Client::Client(BrokerAddress const& address, std::string const& name, Session se
     mosquitto_log_callback_set(handle, &Impl::OnLog);
 }
 
-Client::~Client() = default;
+Client::~Client() {
+    if (!dialler_.joinable()) return;
+    if (IsLookingUp()) {
+        // Nobody can make it end, so it keeps what it needs.
+        impl_->abandoned = true;
+        dialler_.detach();
+    } else {
+        dialler_.join();
+    }
+}
 
 void Client::Open() {
-    // An address that does not even refuse is not waited for again before the others.
-    if (impl_->begun && !impl_->connected) ++impl_->family;
+    bool const wasConnected = std::exchange(impl_->connected, false);
     impl_->open = true;
-    impl_->connected = false;
-    impl_->families = FindFamilies(impl_->address.host);
-    impl_->untried = impl_->families.size();
-    TryFamily();
+    if (IsLookingUp()) return;
+    TakeOver();
+    impl_->refusal.clear();
+    impl_->lastError.clear();
+    // An address that does not even refuse is not waited for again before the others.
+    if (impl_->begun && !wasConnected) ++impl_->family;
+    impl_->families.clear();
+    Dial();
 }
 
-// The library does not wait whether the first address answers, and so never tries the next: a name such as localhost
-// may have one of each family, and the broker listen at one of them only.
-void Client::TryFamily() {
-    mosquitto* const handle = impl_->handle.get();
-    --impl_->untried;
-    Check(mosquitto_string_option(handle, MOSQ_OPT_BIND_ADDRESS,
-                                  impl_->families[impl_->family % impl_->families.size()]));
-    int result = MOSQ_ERR_SUCCESS;
-    if (!impl_->begun) {
-        Properties properties;
-        if (impl_->session == Session::Kept) {
-            Check(
-                mosquitto_property_add_int32(properties.GetSlot(), MQTT_PROP_SESSION_EXPIRY_INTERVAL, SessionSeconds));
-        }
-        // The function that does not wait for the connection takes no properties, but uses those of an earlier call of
-        // this one, which keeps them before it finds that there is no such port.
-        mosquitto_connect_bind_v5(handle, impl_->address.host.c_str(), 0, KeepAliveSeconds, nullptr, properties.Get());
-        result = mosquitto_connect_async(handle, impl_->address.host.c_str(), impl_->address.port, KeepAliveSeconds);
-        impl_->begun = result == MOSQ_ERR_SUCCESS;
-    } else {
-        result = mosquitto_reconnect_async(handle);
+void Client::Dial() {
+    impl_->dialling = Impl::Dialling::Going;
+    try {
+        dialler_ = std::thread([impl = impl_] {
+            try {
+                impl->TryAddresses();
+            } catch (std::exception const& error) {
+                impl->miss = error.what();
+            }
+            impl->dialling = Impl::Dialling::Done;
+            impl->dialled.Call();
+        });
+    } catch (...) {
+        impl_->dialling = Impl::Dialling::No;
+        throw;
     }
-    if (result > 0) Miss(result == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(result));
 }
 
-void Client::Miss(std::string reason) {
-    ++impl_->family;
-    if (impl_->untried > 0) return TryFamily();
-    impl_->Close(std::move(reason));
+void Client::TakeOver() {
+    if (dialler_.joinable()) dialler_.join();
+    impl_->dialled.Wait(-1, false, std::chrono::milliseconds(0));
+    impl_->dialling = Impl::Dialling::No;
 }
+
+bool Client::IsLookingUp() const { return impl_->dialling == Impl::Dialling::Going; }
 
 void Client::Disconnect() { mosquitto_disconnect(impl_->handle.get()); }
 
@@ -222,18 +254,33 @@ std::string Client::Publish(Message const& message, int& id) {
     return {};
 }
 
-int Client::GetSocket() const { return impl_->open ? mosquitto_socket(impl_->handle.get()) : -1; }
+int Client::GetDescriptor() const {
+    if (!impl_->open) return -1;
+    return impl_->dialling == Impl::Dialling::No ? mosquitto_socket(impl_->handle.get())
+                                                 : impl_->dialled.GetDescriptor();
+}
 
-bool Client::WantsToWrite() const { return mosquitto_want_write(impl_->handle.get()); }
+bool Client::WantsToWrite() const {
+    return impl_->dialling == Impl::Dialling::No && mosquitto_want_write(impl_->handle.get());
+}
 
 void Client::Serve(bool readable, bool writable) {
+    if (IsLookingUp()) return;
+    if (impl_->dialling == Impl::Dialling::Done) {
+        TakeOver();
+        // The connection is seen to when it has something to tell.
+        if (!impl_->miss.empty()) impl_->Close(impl_->miss);
+        return;
+    }
     mosquitto* const handle = impl_->handle.get();
     // Of TLS the library does not notice that there is no connection.
     sockaddr_storage peer{};
     socklen_t size = sizeof peer;
     if (readable && !impl_->connected &&
         getpeername(mosquitto_socket(handle), reinterpret_cast<sockaddr*>(&peer), &size) != 0) {
-        return Miss("no connection can be made");
+        if (impl_->untried == 0) return impl_->Close("no connection can be made");
+        ++impl_->family;
+        return Dial();
     }
     int result = MOSQ_ERR_SUCCESS;
     if (readable) result = mosquitto_loop_read(handle, 1);

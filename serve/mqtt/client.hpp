@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -11,8 +12,9 @@
 
 namespace qel::serve::mqtt {
 
-/// A connection to a broker (MQTT 5) that goes and comes back, and the messages on their way through it. Never waits
-/// but for the name of the broker to be looked up: whoever owns it polls its socket and lets it serve. One thread.
+/// A connection to a broker (MQTT 5) that goes and comes back, and the messages on their way through it. Never waits:
+/// whoever owns it polls its descriptor and lets it serve. The broker's name is looked up on a thread of its own, which
+/// is left to itself when the client goes meanwhile. One thread.
 class Client {
 public:
     /// What happens while the client serves. None of these functions may call the client.
@@ -63,20 +65,25 @@ public:
     /// Returns why the message cannot be sent; empty when it is on its way.
     std::string Publish(Message const& message, int& id);
 
-    /// The socket to be polled; -1 without one.
-    int GetSocket() const;
+    /// The descriptor to be polled: the connection's, or one that tells that the look-up has ended; -1 without one.
+    int GetDescriptor() const;
     bool WantsToWrite() const;
+    /// Whether the broker's name is still being looked up, since this call of Open or an earlier one.
+    bool IsLookingUp() const;
     /// Reads and writes what is there, and sees to what time brings; call it every second at least.
     void Serve(bool readable, bool writable);
 
 private:
     struct Impl;
 
-    void TryFamily();
-    /// There is nobody at the family that was tried.
-    void Miss(std::string reason);
+    /// Begins to try the addresses that are left.
+    void Dial();
+    /// Takes over from the thread that has done so.
+    void TakeOver();
 
-    std::unique_ptr<Impl> impl_;
+    // Shared with that thread.
+    std::shared_ptr<Impl> impl_;
+    std::thread dialler_{};
 };
 
 }  // namespace qel::serve::mqtt

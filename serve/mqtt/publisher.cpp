@@ -153,15 +153,18 @@ struct Publisher::Impl : Client::Listener {
 
     void Step() {
         auto const now = Clock::now();
-        if (connecting && now > connectDeadline) OnClosed("no answer within 10 seconds");
+        if (connecting && now > connectDeadline) {
+            OnClosed(client->IsLookingUp() ? "its name is not found within 10 seconds" : "no answer within 10 seconds");
+        }
         if (!connecting && !connected && now >= nextAttempt) {
             connecting = true;
             connectDeadline = now + ConnectTime;
             client->Open();
         }
         Feed();
-        auto const ready = wake.Wait(GetSocket(), connecting || connected ? client->WantsToWrite() : false, GetPause());
-        if (GetSocket() >= 0) client->Serve(ready.readable, ready.writable);
+        auto const ready =
+            wake.Wait(GetDescriptor(), connecting || connected ? client->WantsToWrite() : false, GetPause());
+        if (GetDescriptor() >= 0) client->Serve(ready.readable, ready.writable);
         if (std::exchange(cleared, false)) {
             client->Disconnect();
             MakeClient(Phase::Publish);
@@ -181,7 +184,7 @@ struct Publisher::Impl : Client::Listener {
         }
     }
 
-    int GetSocket() const { return connecting || connected ? client->GetSocket() : -1; }
+    int GetDescriptor() const { return connecting || connected ? client->GetDescriptor() : -1; }
 
     milliseconds GetPause() const {
         auto until = nextTick;

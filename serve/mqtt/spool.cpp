@@ -11,8 +11,8 @@
 #include <boost/filesystem/operations.hpp>
 
 #include "error.hpp"
-#include "mqtt/bytes.hpp"
 #include "file.hpp"
+#include "mqtt/bytes.hpp"
 #include "mqtt/position.hpp"
 #include "mqtt/segment.hpp"
 

@@ -22,6 +22,9 @@ public:
     /// Waits for Call, for the socket or for the time to pass. socket: -1 for none. Tells what the socket is ready for.
     Ready Wait(int socket, bool toWrite, std::chrono::milliseconds longest) const noexcept;
 
+    /// For somebody else's poll: readable from Call on until a Wait has ended by it.
+    int GetDescriptor() const noexcept { return descriptor_; }
+
 private:
     int descriptor_;
 };

@@ -121,8 +121,8 @@ TEST(QelServe, KeepsLinesForABrokerThatIsAwayBesideTheConfiguration) {
 
 TEST(QelServe, RefusesWhatAnotherServerUsesUntilThatOneIsGone) {
     TemporaryDirectory folder;
-    std::vector<std::string> const arguments{"--listen", "127.0.0.1:0", "--mqtt", "mqtt://127.0.0.1:1", "--mqtt-spool",
-                                             folder / "spool"};
+    std::vector<std::string> const arguments{"--listen",           "127.0.0.1:0",  "--mqtt",
+                                             "mqtt://127.0.0.1:1", "--mqtt-spool", folder / "spool"};
     auto const serve = [&](std::string const& configuration) {
         std::vector<std::string> all{"serve", folder / configuration};
         all.insert(all.end(), arguments.begin(), arguments.end());

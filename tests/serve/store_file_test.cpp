@@ -158,9 +158,9 @@ TEST_F(StoreFile, IsUsedByOneStoreAtATimeWhateverItsName) {
     std::filesystem::create_symlink(path_, directory_ / "other/link.json");
     for (std::string const& path : {path_, directory_ / "other/link.json"}) {
         host::Runtime runtime;
-        EXPECT_EQ(test::MessageOf<host::Error>([&] { Store const store(runtime, path); }),
-                  "another program uses the configuration '" + path +
-                      "': end it first, or give each a file of its own");
+        EXPECT_EQ(
+            test::MessageOf<host::Error>([&] { Store const store(runtime, path); }),
+            "another program uses the configuration '" + path + "': end it first, or give each a file of its own");
         // The file is another one after each change, the lock is not.
         Patch(R"({"algorithms": {"Threshold": {"threshold": 30}}})");
     }

@@ -86,7 +86,11 @@ void Broker::End(int signal) {
     process_ = -1;
 }
 
-void Broker::Freeze() const { kill(process_, SIGSTOP); }
+void Broker::Freeze() const {
+    kill(process_, SIGSTOP);
+    // Until then it may still take a message.
+    waitpid(process_, nullptr, WUNTRACED);
+}
 
 void Broker::WaitUntilStored() const {
     std::string before;
