@@ -254,6 +254,8 @@ std::string Client::Publish(Message const& message, int& id) {
     return {};
 }
 
+bool Client::IsConnected() const { return impl_->open && impl_->connected; }
+
 int Client::GetDescriptor() const {
     if (!impl_->open) return -1;
     return impl_->dialling == Impl::Dialling::No ? mosquitto_socket(impl_->handle.get())

@@ -65,6 +65,7 @@ public:
     /// Returns why the message cannot be sent; empty when it is on its way.
     std::string Publish(Message const& message, int& id);
 
+    bool IsConnected() const;
     /// The descriptor to be polled: the connection's, or one that tells that the look-up has ended; -1 without one.
     int GetDescriptor() const;
     bool WantsToWrite() const;

@@ -3,18 +3,15 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
-#include <deque>
 #include <exception>
 #include <optional>
 #include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "backoff.hpp"
-#include "mqtt/bytes.hpp"
 #include "mqtt/client.hpp"
-#include "mqtt/onvif.hpp"
+#include "mqtt/deliveries.hpp"
 #include "mqtt/publisher_metrics.hpp"
 #include "mqtt/spool.hpp"
 #include "mqtt/spooled_line.hpp"
@@ -36,7 +33,6 @@ using std::chrono::seconds;
 
 logging::Logger const Log(logging::Name("qel.serve.mqtt.Publisher"));
 
-constexpr std::size_t LinesOnTheirWay = 20;
 constexpr seconds ConnectTime{10};
 constexpr seconds LastLinesTime{2};
 constexpr seconds LastWordTime{1};
@@ -47,16 +43,11 @@ constexpr seconds ReportPause{60};
 struct Publisher::Impl : Client::Listener {
     enum class Phase { Clear, Publish };
 
-    /// A line of the spool and the messages made of it that are not completed.
-    struct OnItsWay {
-        std::uint64_t number = 0;
-        std::vector<int> ids{};
-    };
-
     Impl(Options given, prometheus::Registry& registry)
         : options(std::move(given)),
           metrics(registry),
           spool(options.spool, options.spoolBytes),
+          deliveries(options.broker, options.onvif, spool, metrics),
           backoff(options.firstPause, options.longestPause),
           statusTopic(options.broker.prefix + "/status") {
         MakeClient(Phase::Clear);
@@ -84,7 +75,7 @@ struct Publisher::Impl : Client::Listener {
             cleared = true;
             return;
         }
-        sessionLost = !resumed && !onTheirWay.empty();
+        sessionLost = !resumed && !deliveries.IsEmpty();
         if (sessionLost) return;
         backoff.Reset();
         connected = true;
@@ -97,17 +88,7 @@ struct Publisher::Impl : Client::Listener {
     void OnCompleted(int id, std::string const& refusal) override {
         if (sessionLost) return;
         if (id == lastWordId) lastWordSaid = true;
-        for (auto& line : onTheirWay) {
-            auto const found = std::find(line.ids.begin(), line.ids.end(), id);
-            if (found == line.ids.end()) continue;
-            line.ids.erase(found);
-            if (refusal.empty()) {
-                metrics.CountPublished();
-            } else {
-                Refuse(refusal);
-            }
-            return;
-        }
+        deliveries.Complete(id, refusal);
     }
 
     void OnClosed(std::string const& reason) override {
@@ -122,13 +103,6 @@ struct Publisher::Impl : Client::Listener {
         Log.Log(logging::Level::Warning,
                 "no connection to the broker %0%: %1%; lines are kept in '%2%' until there is one", Where(), reason,
                 options.spool.string());
-    }
-
-    void Refuse(std::string const& reason) {
-        metrics.CountRefused();
-        if (Clock::now() < nextRefusalReport) return;
-        nextRefusalReport = Clock::now() + ReportPause;
-        Log.Log(logging::Level::Warning, "the broker %0% does not take a message: %1%", Where(), reason);
     }
 
     std::string Where() const { return options.broker.GetName(); }
@@ -161,7 +135,7 @@ struct Publisher::Impl : Client::Listener {
             connectDeadline = now + ConnectTime;
             client->Open();
         }
-        Feed();
+        if (!stopping || Clock::now() <= stopDeadline) deliveries.Send(*client);
         auto const ready =
             wake.Wait(GetDescriptor(), connecting || connected ? client->WantsToWrite() : false, GetPause());
         if (GetDescriptor() >= 0) client->Serve(ready.readable, ready.writable);
@@ -170,13 +144,12 @@ struct Publisher::Impl : Client::Listener {
             MakeClient(Phase::Publish);
         }
         if (std::exchange(sessionLost, false)) {
-            onTheirWay.clear();
-            spool.Rewind();
+            deliveries.SendAgain();
             client->Disconnect();
             MakeClient(Phase::Clear);
         }
         if (std::exchange(greeting, false)) Say("online");
-        Settle();
+        deliveries.Settle();
         if (now >= nextTick) {
             nextTick = now + seconds(1);
             spool.Sync();
@@ -193,47 +166,11 @@ struct Publisher::Impl : Client::Listener {
         return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(until - Clock::now()));
     }
 
-    void Feed() {
-        if (stopping && Clock::now() > stopDeadline) return;
-        while (connected && onTheirWay.size() < LinesOnTheirWay) {
-            auto const record = spool.Take();
-            if (!record) return;
-            auto const line = SpooledLine::Unpack(record->bytes);
-            std::string const topic = options.broker.prefix + "/" + std::string(line.stream);
-            onTheirWay.push_back({record->number, {}});
-            Send(topic + "/detections", line.text, *record);
-            if (!options.onvif) continue;
-            std::string const frame = MakeOnvifFrame(line.stream, line.time, line.text);
-            if (!frame.empty()) Send(topic + "/onvif", frame, *record);
-        }
-    }
-
-    void Send(std::string const& topic, std::string_view payload, Spool::Record const& record) {
-        int id = 0;
-        std::string const refusal = client->Publish(
-            {topic, payload, 2, false, {{"run", ToHex(record.run)}, {"number", std::to_string(record.number)}}}, id);
-        if (refusal.empty()) {
-            onTheirWay.back().ids.push_back(id);
-        } else {
-            Refuse(refusal);
-        }
-    }
-
     int Say(char const* word) {
         int id = 0;
         std::string const refusal = client->Publish({statusTopic, word, 1, true, {}}, id);
-        if (!refusal.empty()) Refuse(refusal);
+        if (!refusal.empty()) deliveries.Refuse(refusal);
         return refusal.empty() ? id : 0;
-    }
-
-    /// Takes off the spool what is completed, up to the first line that is not.
-    void Settle() {
-        std::optional<std::uint64_t> completed;
-        while (!onTheirWay.empty() && onTheirWay.front().ids.empty()) {
-            completed = onTheirWay.front().number;
-            onTheirWay.pop_front();
-        }
-        if (completed) spool.Complete(*completed);
     }
 
     void Report() {
@@ -259,18 +196,19 @@ struct Publisher::Impl : Client::Listener {
         }
         if (!connected) return true;
         if (lastWordId == 0) {
-            bool const empty = onTheirWay.empty() && spool.GetCounts().messages == 0;
+            bool const empty = deliveries.IsEmpty() && spool.GetCounts().messages == 0;
             if (!empty && now < stopDeadline) return false;
             lastWordId = Say("offline");
             stopDeadline = now + LastWordTime;
             return lastWordId == 0;
         }
-        return (lastWordSaid && onTheirWay.empty()) || now >= stopDeadline;
+        return (lastWordSaid && deliveries.IsEmpty()) || now >= stopDeadline;
     }
 
     Options options;
     PublisherMetrics metrics;
     Spool spool;
+    Deliveries deliveries;
     WakeUp wake{};
     host::Backoff backoff;
     std::string statusTopic;
@@ -286,12 +224,10 @@ struct Publisher::Impl : Client::Listener {
     bool greeting = false;
     bool awayReported = false;
     std::uint64_t connections = 0;
-    std::deque<OnItsWay> onTheirWay{};
     Clock::time_point nextAttempt{};
     Clock::time_point connectDeadline{};
     Clock::time_point nextTick{};
     Clock::time_point nextAwayReport{};
-    Clock::time_point nextRefusalReport{};
     Clock::time_point nextLossReport{};
     std::uint64_t reportedLost = 0;
     bool stopBegun = false;
