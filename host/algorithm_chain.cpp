@@ -97,12 +97,18 @@ void AlgorithmChain::FindColourFormats() {
 
 AlgorithmChain::Frame AlgorithmChain::Process(Frame const& frame, algorithm::video::Result& result) {
     frame_.Start(frame);
-    for (auto const& algorithm : algorithms_) algorithm->Process(frame_, result);
+    for (std::size_t i = 0; i < algorithms_.size(); ++i) {
+        placeAtWork_->store(i, std::memory_order_relaxed);
+        algorithms_[i]->Process(frame_, result);
+    }
     return frame_.Get();
 }
 
 void AlgorithmChain::Reset() {
-    for (auto const& algorithm : algorithms_) algorithm->Reset();
+    for (std::size_t i = 0; i < algorithms_.size(); ++i) {
+        placeAtWork_->store(i, std::memory_order_relaxed);
+        algorithms_[i]->Reset();
+    }
 }
 
 }  // namespace qel::host

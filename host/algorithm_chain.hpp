@@ -1,6 +1,9 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -45,6 +48,9 @@ public:
     /// algorithm throws.
     void Reset();
 
+    /// The place of the algorithm that is at work, or was last. Any thread may read it, also when the chain has gone.
+    std::shared_ptr<std::atomic<std::size_t> const> GetPlaceAtWork() const noexcept { return placeAtWork_; }
+
     /// How many frames have been copied: those whose pixels an algorithm changes while others hold them.
     std::uint64_t GetCopies() const noexcept { return frame_.GetCopies(); }
 
@@ -58,6 +64,7 @@ private:
     std::vector<std::unique_ptr<ConfiguredAlgorithm>> algorithms_;
     std::vector<media::ColourFormat> formats_;
     WorkingFrame frame_;
+    std::shared_ptr<std::atomic<std::size_t>> placeAtWork_ = std::make_shared<std::atomic<std::size_t>>(0);
 };
 
 }  // namespace qel::host

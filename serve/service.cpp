@@ -29,7 +29,8 @@ struct Service::Impl {
               bus.Publish({.kind = "configuration", .stream = {}, .data = host::SerializeJson(data)});
           })),
           models(runtime.GetDescriptors(), bus),
-          guard(options.token) {
+          guard(options.token),
+          grace(options.grace) {
         if (auto const reason = store.GetSafeModeReason()) warn(*reason);
         for (Fault const& fault : store.GetProblems()) warn(fault.path + ": " + fault.reason);
         if (options.broker) Publish(*options.broker);
@@ -68,6 +69,16 @@ struct Service::Impl {
         server->Stop();
     }
 
+    std::vector<std::string> Stop() {
+        auto const deadline = std::chrono::steady_clock::now() + grace;
+        supervisor->RequestStop();
+        bool const isAnswered = server->Stop(deadline);
+        std::vector<std::string> hanging = supervisor->Stop(deadline);
+        if (!isAnswered) hanging.push_back("an answer to a request is still being made");
+        if (publisher) publisher->Stop();
+        return hanging;
+    }
+
     // In the order in which they need each other: the last one ends first.
     prometheus::Registry metrics;
     EventBus bus;
@@ -79,6 +90,7 @@ struct Service::Impl {
     type::Binding changes;
     ModelEvents models;
     http::Guard guard;
+    std::chrono::milliseconds grace;
     std::optional<Supervisor> supervisor;
     http::Router router;
     std::optional<http::Site> site;
@@ -88,6 +100,8 @@ struct Service::Impl {
 Service::Service(host::Runtime& runtime, Options const& options, Warn const& warn)
     : impl_(std::make_unique<Impl>(runtime, options, warn)) {}
 Service::~Service() = default;
+
+std::vector<std::string> Service::Stop() { return impl_->Stop(); }
 
 http::Endpoint const& Service::GetEndpoint() const noexcept { return impl_->server->GetEndpoint(); }
 EventBus& Service::GetBus() noexcept { return impl_->bus; }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <boost/filesystem/path.hpp>
 
@@ -33,14 +35,21 @@ public:
         /// Where results are published; nothing for nowhere.
         std::optional<mqtt::Publisher::Options> broker{};
         http::Limits limits{};
+        /// What streams and answers have to come to their end, when the server stops.
+        std::chrono::milliseconds grace{5000};
     };
     /// Is given a line for each thing that does not work while the rest goes on.
     using Warn = std::function<void(std::string const&)>;
 
     /// Runs the streams and listens. runtime: outlives the service. Throws host::Error.
     Service(host::Runtime& runtime, Options const& options, Warn const& warn);
-    /// Ends all connections, then the streams.
+    /// Ends all connections, then the streams, and waits for that however long it takes.
     ~Service();
+
+    /// The same, but for those that have not ended after the time of grace: says in one line each who they are. Nothing
+    /// of the service may be used after that, not even its destructor, while they are at work; what was set and what is
+    /// to be published is on the disk. One thread, once.
+    std::vector<std::string> Stop();
 
     http::Endpoint const& GetEndpoint() const noexcept;
     /// What everything that happens is told to, and where it is counted.

@@ -8,6 +8,7 @@
 
 #include <pthread.h>
 
+#include "activity.hpp"
 #include "backoff.hpp"
 #include "memory.hpp"
 #include "pace.hpp"
@@ -84,6 +85,7 @@ struct Stream::Impl {
     StopSignal ended;
 
     StreamState state;
+    Activity activity;
     PictureHub hub;
     StreamFrames frames;
     host::Backoff backoff;
@@ -114,6 +116,7 @@ bool Stream::Impl::Go() {
 }
 
 std::optional<StreamSpec> Stream::Impl::Begin() {
+    activity.Set(Activity::Kind::Waiting);
     std::lock_guard<std::mutex> const lock(mutex);
     if (stopping) return std::nullopt;
     // What failed before has been changed.
@@ -147,7 +150,10 @@ void Stream::Impl::Attempt(StreamSpec const& now) {
 }
 
 void Stream::Impl::Play(StreamSpec const& now) {
+    activity.Set(Activity::Kind::MakingAlgorithms);
     auto const algorithms = now.algorithms.empty() ? nullptr : parts.makeAlgorithms(now);
+    if (algorithms) activity.SetAlgorithms(now.algorithms, algorithms->GetPlaceAtWork());
+    activity.Set(Activity::Kind::Source);
     std::optional<StreamCalibration> calibration;
     if (!now.calibration.empty()) calibration.emplace(now.calibration);
     state.SetCalibrated(calibration.has_value());
@@ -169,7 +175,9 @@ void Stream::Impl::Play(StreamSpec const& now) {
         .source = *continued,
         .analyse =
             [&](host::FrameSource::Frame const& frame, algorithm::video::Result& result) {
+                activity.Set(Activity::Kind::Algorithms);
                 auto const shown = algorithms ? algorithms->Process(frame, result) : frame;
+                activity.Set(Activity::Kind::Source);
                 if (!calibration) return shown;
                 if (played % FramesToACalibration == 0) calibration->Refresh();
                 calibration->Measure(result, frame.GetSize());
@@ -183,6 +191,7 @@ void Stream::Impl::Play(StreamSpec const& now) {
             },
         .startAnew =
             [&] {
+                activity.Set(Activity::Kind::Algorithms);
                 if (algorithms) algorithms->Reset();
                 host::ReleaseFreeMemory();
             },
@@ -242,10 +251,24 @@ void Stream::RequestStop() {
 
 bool Stream::HasEnded() const { return impl_->ended.IsSet(); }
 
+bool Stream::WaitForEnd(std::chrono::steady_clock::time_point deadline) const {
+    return impl_->ended.WaitUntil(deadline);
+}
+
+std::string Stream::DescribeActivity() const { return impl_->activity.Describe(); }
+
 StreamStatus Stream::GetStatus() const { return impl_->state.Get(); }
 
 std::shared_ptr<Viewer> Stream::Look(LookOptions const& options, std::function<void()> wake) {
     return impl_->hub.Look(options, std::move(wake));
+}
+
+void Stream::LookAfter() {
+    // Asked first: a frame that is done meanwhile says that nothing hangs.
+    std::uint64_t const frames = impl_->state.GetFrames();
+    if (!impl_->activity.IsHanging(impl_->parts.patience)) return;
+    impl_->state.TellOfHanging(frames, impl_->activity.Describe() + " for more than " +
+                                           std::to_string(impl_->parts.patience.count()) + " seconds");
 }
 
 void Stream::RefreshMetrics() const {

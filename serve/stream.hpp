@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -34,6 +35,8 @@ struct StreamParts {
     std::shared_ptr<StreamMetrics> metrics;
     /// The pauses between attempts, and after how many frames an attempt counts as a good one.
     host::ReconnectPolicy retry{.goodFrames = 250};
+    /// After which an algorithm that does not return is told of.
+    std::chrono::seconds patience{10};
 };
 
 /// One stream, on a thread of its own: its frames are taken from the source at their pace, looked at by the algorithms
@@ -53,9 +56,16 @@ public:
     /// Ends the stream soon, without waiting for it; for its viewers it is gone.
     void RequestStop();
     bool HasEnded() const;
+    /// Waits for the end until then at the latest, and says whether it has come.
+    bool WaitForEnd(std::chrono::steady_clock::time_point deadline) const;
+    /// What it is at, as who keeps it from ending: "the algorithm 'motion' has not returned".
+    std::string DescribeActivity() const;
 
     StreamStatus GetStatus() const;
     std::shared_ptr<Viewer> Look(LookOptions const& options, std::function<void()> wake);
+    /// Looks whether an algorithm has not returned for long; the stream is waiting then, until it does. To be called
+    /// now and then.
+    void LookAfter();
     /// Brings the metrics up to date with what no frame tells of.
     void RefreshMetrics() const;
 

@@ -40,10 +40,24 @@ std::chrono::nanoseconds StreamState::GetDelay() const {
 }
 
 void StreamState::Tell(StreamStatus::State state, std::string problem) {
+    std::lock_guard<std::mutex> const telling(telling_);
     std::optional<StreamStatus> told;
     {
         std::lock_guard<std::mutex> const lock(mutex_);
         told = SetLocked(state, std::move(problem));
+    }
+    Publish(told);
+}
+
+void StreamState::TellOfHanging(std::uint64_t frames, std::string problem) {
+    std::lock_guard<std::mutex> const telling(telling_);
+    std::optional<StreamStatus> told;
+    {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        bool const isAtIt =
+            status_.state == StreamStatus::State::Running || status_.state == StreamStatus::State::Starting;
+        if (!isAtIt || status_.frames != frames) return;
+        told = SetLocked(StreamStatus::State::Waiting, std::move(problem));
     }
     Publish(told);
 }
@@ -75,6 +89,7 @@ void StreamState::CountRestart() {
 }
 
 void StreamState::CountFrame(host::FrameSource::Frame const& frame, std::size_t objects) {
+    std::lock_guard<std::mutex> const telling(telling_);
     std::optional<StreamStatus> told;
     {
         std::lock_guard<std::mutex> const lock(mutex_);

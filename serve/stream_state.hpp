@@ -14,7 +14,7 @@
 namespace qel::serve {
 
 /// How a stream is doing, kept by its thread for all others; a new state goes to the bus as an event of kind "stream".
-/// Any thread may ask, one tells.
+/// Any thread may ask; one tells, and others of what hangs alone.
 class StreamState {
 public:
     using Clock = std::chrono::steady_clock;
@@ -30,6 +30,9 @@ public:
     void Tell(StreamStatus::State state, std::string problem = {});
     /// The same with the problem of before.
     void TellStill(StreamStatus::State state);
+    /// That the stream, if it is at its frames, waits for what keeps it. frames: how many it had then; nothing is told
+    /// where it has gone on since.
+    void TellOfHanging(std::uint64_t frames, std::string problem);
     void SetCalibrated(bool calibrated);
     void CountRestart();
     /// The stream runs, and has one more frame.
@@ -46,6 +49,8 @@ private:
     void Publish(std::optional<StreamStatus> const& status) const;
 
     EventBus& bus_;
+    // Held until a state is told, so that the last one that is told is the last one there was. Locked before the other.
+    std::mutex telling_;
     mutable std::mutex mutex_;
     StreamStatus status_;
     bool hasTold_ = false;

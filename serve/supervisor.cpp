@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -48,6 +49,7 @@ struct Supervisor::Impl {
     /// Held while the streams are brought in line with the list, so that the last list wins.
     std::mutex updateMutex;
     mutable std::mutex mutex;
+    bool isStopping = false;
     std::vector<Entry> entries;
     /// Told to stop; a stream that hangs keeps only those of its own name from starting.
     std::vector<Entry> leaving;
@@ -88,6 +90,7 @@ void Supervisor::Impl::Update() {
     std::lock_guard<std::mutex> const oneAtATime(updateMutex);
     std::vector<StreamSpec> const specs = list.get();
     std::lock_guard<std::mutex> const lock(mutex);
+    if (isStopping) return;
     for (Entry const& entry : entries) {
         if (std::any_of(specs.begin(), specs.end(), [&](auto const& spec) { return spec.id == entry.id; })) continue;
         entry.stream->RequestStop();
@@ -116,7 +119,10 @@ std::vector<Supervisor::Impl::Entry> Supervisor::Impl::GetEntries() const {
 
 void Supervisor::Impl::KeepHouse() {
     while (!stop.WaitUntil(StopSignal::Clock::now() + Round)) {
-        for (Entry const& entry : GetEntries()) entry.stream->RefreshMetrics();
+        for (Entry const& entry : GetEntries()) {
+            entry.stream->LookAfter();
+            entry.stream->RefreshMetrics();
+        }
         // Cleared away after the lock is given up.
         std::vector<Entry> ended;
         std::lock_guard<std::mutex> const lock(mutex);
@@ -135,11 +141,35 @@ Supervisor::Supervisor(host::Runtime& runtime, StreamList list, EventBus& bus, p
 }
 
 Supervisor::~Supervisor() {
+    RequestStop();
     impl_->binding = {};
     impl_->stop.Set();
     impl_->housekeeper.join();
+}
+
+void Supervisor::RequestStop() {
+    std::lock_guard<std::mutex> const lock(impl_->mutex);
+    impl_->isStopping = true;
     // All at once, so that they end side by side.
     for (auto const& entry : impl_->entries) entry.stream->RequestStop();
+}
+
+std::vector<std::string> Supervisor::Stop(std::chrono::steady_clock::time_point deadline) {
+    RequestStop();
+    std::vector<Impl::Entry> all;
+    {
+        std::lock_guard<std::mutex> const lock(impl_->mutex);
+        all = impl_->leaving;
+        all.insert(all.end(), impl_->entries.begin(), impl_->entries.end());
+    }
+    std::vector<std::string> hanging;
+    std::set<std::string> named;
+    for (auto const& [id, stream] : all) {
+        // One that waits for a former one of its name is kept by that.
+        if (stream->WaitForEnd(deadline) || !named.insert(id).second) continue;
+        hanging.push_back("the stream '" + id + "' has not ended: " + stream->DescribeActivity());
+    }
+    return hanging;
 }
 
 std::vector<StreamStatus> Supervisor::GetStatus() const {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,8 +29,14 @@ public:
     Supervisor(host::Runtime& runtime, StreamList list, EventBus& bus, prometheus::Registry& metrics);
     Supervisor(Supervisor const&) = delete;
     Supervisor& operator=(Supervisor const&) = delete;
-    /// Stops all streams, and waits for that.
+    /// Stops all streams, and waits for that however long it takes.
     ~Supervisor();
+
+    /// Tells all streams to stop, without waiting for them; the configuration is not followed any more.
+    void RequestStop();
+    /// Stops all streams, and waits for that until then at the latest. Says of each that has not ended, in one line,
+    /// who keeps it.
+    std::vector<std::string> Stop(std::chrono::steady_clock::time_point deadline);
 
     /// In the order of the configuration.
     std::vector<StreamStatus> GetStatus() const;

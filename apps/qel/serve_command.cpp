@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -66,7 +67,9 @@ void AddOptions(CLI::App& command, Options& options) {
         "  qel serve cameras.json --listen 0.0.0.0:8080 --token-file ~/.qel-token\n"
         "  qel serve cameras.json --mqtt mqtts://me@broker.example/site --mqtt-password-file ~/.qel-broker\n"
         "  curl http://127.0.0.1:8080/api/streams\n\n"
-        "It ends on SIGINT (Ctrl-C) and SIGTERM. GET /api/openapi.json describes what can be asked and changed.");
+        "It ends on SIGINT (Ctrl-C) and SIGTERM, after 5 seconds also where an algorithm or a source does not return; "
+        "at "
+        "once when the signal comes again. GET /api/openapi.json describes what can be asked and changed.");
 }
 
 serve::http::Endpoint GetEndpoint(Options const& options) {
@@ -87,7 +90,7 @@ int Run(Options const& options) {
     LoadPluginsOrWarn(options.plugins);
     host::Interrupt const interrupt;
     host::Runtime runtime = MakeRuntime(options.models);
-    serve::Service const service(
+    serve::Service service(
         runtime,
         {.configuration = options.configuration,
          .endpoint = endpoint,
@@ -98,7 +101,13 @@ int Run(Options const& options) {
         [](std::string const& problem) { Say("warning: " + problem); });
     Say("listening on " + service.GetEndpoint().ToUrl());
     while (interrupt.GetSignal() == 0) std::this_thread::sleep_for(Pause);
-    return 128 + interrupt.GetSignal();
+    int const code = 128 + interrupt.GetSignal();
+    std::vector<std::string> const hanging = service.Stop();
+    for (std::string const& line : hanging) Say("warning: " + line);
+    if (hanging.empty()) return code;
+    Say("warning: ends all the same; what was set and what waits for a broker is stored");
+    // Threads that nobody can end still use everything that would go now.
+    std::_Exit(code);
 }
 
 }  // namespace

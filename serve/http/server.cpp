@@ -1,5 +1,6 @@
 #include "http/server.hpp"
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -10,6 +11,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/strand.hpp>
+#include <sys/resource.h>
 
 #include "error.hpp"
 #include "http/connection.hpp"
@@ -29,11 +31,26 @@ constexpr std::size_t MaxRefusals = 32;
 /// After which accepting is tried again when the system has no descriptor left.
 constexpr std::chrono::milliseconds AcceptPause{50};
 
+/// Descriptors that are left to streams and files, however many clients come.
+constexpr rlim_t KeptDescriptors = 256;
+
+/// The limits with as many connections as the system has descriptors for.
+Limits FitToSystem(Limits limits) {
+    rlimit descriptors{};
+    if (getrlimit(RLIMIT_NOFILE, &descriptors) != 0 || descriptors.rlim_cur == RLIM_INFINITY) return limits;
+    rlim_t const all = descriptors.rlim_cur;
+    rlim_t const most = all > 2 * KeptDescriptors ? all - KeptDescriptors : all / 2;
+    limits.maxConnections = std::min(limits.maxConnections, static_cast<std::size_t>(most));
+    return limits;
+}
+
 }  // namespace
 
 struct Server::Impl {
     Impl(Site const& site, Endpoint const& wanted, Limits const& limits)
-        : shared{site, limits, workers, slow}, acceptor(asio::make_strand(context)), pause(acceptor.get_executor()) {
+        : shared{site, FitToSystem(limits), workers, slow},
+          acceptor(asio::make_strand(context)),
+          pause(acceptor.get_executor()) {
         endpoint = wanted;
         try {
             tcp::endpoint const local(asio::ip::make_address(wanted.address), wanted.port);
@@ -137,8 +154,26 @@ struct Server::Impl {
         if (connections.empty()) empty.notify_all();
     }
 
-    void Stop() {
-        if (isStopped.exchange(true)) return;
+    bool Stop(std::optional<std::chrono::steady_clock::time_point> deadline) {
+        if (!isStopped.exchange(true)) CloseAll();
+        if (!threads.empty()) {
+            std::unique_lock lock(mutex);
+            auto const isOver = [this] { return isClosing && connections.empty(); };
+            if (!deadline) {
+                empty.wait(lock, isOver);
+            } else if (!empty.wait_until(lock, *deadline, isOver)) {
+                return false;
+            }
+        }
+        if (!workers.Stop(deadline) || !slow.Stop(deadline)) return false;
+        work.reset();
+        for (std::thread& thread : threads) {
+            if (thread.joinable()) thread.join();
+        }
+        return true;
+    }
+
+    void CloseAll() {
         asio::post(acceptor.get_executor(), [this] {
             error_code ignored;
             acceptor.close(ignored);
@@ -151,14 +186,6 @@ struct Server::Impl {
             isClosing = true;
             empty.notify_all();
         });
-        if (!threads.empty()) {
-            std::unique_lock lock(mutex);
-            empty.wait(lock, [this] { return isClosing && connections.empty(); });
-        }
-        workers.Stop();
-        slow.Stop();
-        work.reset();
-        for (std::thread& thread : threads) thread.join();
     }
 
     struct Entry {
@@ -197,6 +224,6 @@ std::size_t Server::GetConnections() const noexcept {
 
 void Server::Start() { impl_->Start(); }
 
-void Server::Stop() { impl_->Stop(); }
+bool Server::Stop(std::optional<std::chrono::steady_clock::time_point> deadline) { return impl_->Stop(deadline); }
 
 }  // namespace qel::serve::http

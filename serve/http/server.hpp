@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "http/limits.hpp"
@@ -44,7 +46,8 @@ public:
     /// Open connections. Any thread.
     std::size_t GetConnections() const noexcept;
     /// Ends all connections, also those in the middle of an answer, and waits for the answers that are being made.
-    void Stop();
+    /// deadline: when it gives up waiting, to be called again; says whether all were made.
+    bool Stop(std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt);
 
 private:
     struct Impl;

@@ -19,17 +19,19 @@ void Workers::Do(std::function<void()> job) {
     changed_.notify_one();
 }
 
-void Workers::Stop() {
+bool Workers::Stop(std::optional<std::chrono::steady_clock::time_point> deadline) {
     std::deque<std::function<void()>> dropped;
     {
-        std::lock_guard const lock(mutex_);
+        std::unique_lock lock(mutex_);
         stopped_ = true;
         dropped.swap(jobs_);
+        changed_.notify_all();
+        if (deadline && !done_.wait_until(lock, *deadline, [this] { return busy_ == 0; })) return false;
     }
-    changed_.notify_all();
     for (std::thread& thread : threads_) {
         if (thread.joinable()) thread.join();
     }
+    return true;
 }
 
 void Workers::Run() {
@@ -39,10 +41,12 @@ void Workers::Run() {
         if (stopped_) return;
         auto job = std::move(jobs_.front());
         jobs_.pop_front();
+        ++busy_;
         lock.unlock();
         job();
         job = nullptr;  // what it holds may take locks of its own when it goes
         lock.lock();
+        if (--busy_ == 0) done_.notify_all();
     }
 }
 

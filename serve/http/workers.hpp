@@ -1,10 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -21,8 +23,9 @@ public:
 
     /// Does a thing when its turn comes; it must not throw. Nothing happens any more after Stop.
     void Do(std::function<void()> job);
-    /// Waits for what is being done and drops what is not begun.
-    void Stop();
+    /// Waits for what is being done and drops what is not begun. deadline: when it gives up waiting, to be called
+    /// again; says whether everything was done.
+    bool Stop(std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt);
 
 private:
     void Run();
@@ -31,6 +34,8 @@ private:
     std::condition_variable changed_;
     std::deque<std::function<void()>> jobs_;
     bool stopped_ = false;
+    std::size_t busy_ = 0;
+    std::condition_variable done_;
     std::vector<std::thread> threads_;
 };
 

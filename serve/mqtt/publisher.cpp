@@ -55,7 +55,10 @@ struct Publisher::Impl : Client::Listener {
         thread = std::thread([this] { Run(); });
     }
 
-    ~Impl() override {
+    ~Impl() override { Stop(); }
+
+    void Stop() {
+        if (!thread.joinable()) return;
         stopping = true;
         wake.Call();
         thread.join();
@@ -118,11 +121,19 @@ struct Publisher::Impl : Client::Listener {
                 Step();
                 over = IsOver();
             } catch (std::exception const& error) {
-                Log.Log(logging::Level::Error, "publishing to %0%: %1%", Where(), error.what());
-                std::this_thread::sleep_for(seconds(1));
+                Complain(error.what());
+                // Whatever keeps failing does not keep the server from ending.
+                over = stopping;
+                if (!over) std::this_thread::sleep_for(seconds(1));
             }
         }
         if (connected) client->Disconnect();
+    }
+
+    void Complain(char const* failure) {
+        if (Clock::now() < nextComplaint) return;
+        nextComplaint = Clock::now() + ReportPause;
+        Log.Log(logging::Level::Error, "publishing to %0%: %1%", Where(), failure);
     }
 
     void Step() {
@@ -229,6 +240,7 @@ struct Publisher::Impl : Client::Listener {
     Clock::time_point nextTick{};
     Clock::time_point nextAwayReport{};
     Clock::time_point nextLossReport{};
+    Clock::time_point nextComplaint{};
     std::uint64_t reportedLost = 0;
     bool stopBegun = false;
     Clock::time_point stopDeadline{};
@@ -242,6 +254,15 @@ Publisher::Publisher(Options options, prometheus::Registry& metrics)
     : impl_(std::make_unique<Impl>(std::move(options), metrics)) {}
 
 Publisher::~Publisher() = default;
+
+void Publisher::Stop() {
+    impl_->Stop();
+    try {
+        impl_->spool.Sync();
+    } catch (std::exception const& error) {
+        Log.Log(logging::Level::Error, "%0%", error.what());
+    }
+}
 
 void Publisher::Publish(std::string_view stream, std::string_view line) noexcept {
     try {

@@ -39,8 +39,12 @@ public:
     /// Begins on a thread of its own, and counts in the registry what it does ("qel_mqtt_..."). metrics: outlives the
     /// publisher. Throws host::Error when the spool or the certificates cannot be used; not when the broker is away.
     Publisher(Options options, prometheus::Registry& metrics);
-    /// Gives what is spooled two seconds to go out where there is a connection; the rest waits for the next process.
+    /// Stops.
     ~Publisher();
+
+    /// Gives what is spooled two seconds to go out where there is a connection; the rest, and what comes later, waits
+    /// on the disk for the next process. One thread.
+    void Stop();
 
     /// Takes a line; one that cannot be stored is counted. Any thread; waits for the file system at most.
     void Publish(std::string_view stream, std::string_view line) noexcept;

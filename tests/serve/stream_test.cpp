@@ -62,7 +62,8 @@ protected:
                                        },
                                    .bus = bus,
                                    .metrics = metrics,
-                                   .retry = retry});
+                                   .retry = retry,
+                                   .patience = patience});
     }
 
     /// Whether the stream comes into a state and tells it, sooner or later.
@@ -89,8 +90,32 @@ protected:
     prometheus::Registry registry;
     std::shared_ptr<StreamMetrics> metrics = StreamMetricsBook(registry).Get("gate");
     host::ReconnectPolicy retry{.firstWait = 1ms, .longestWait = 4ms, .goodFrames = 250};
+    std::chrono::seconds patience{10};
     std::optional<Stream> stream;
 };
+
+TEST_F(StreamOf, AnAlgorithmThatDoesNotReturnIsToldOfUntilItDoes) {
+    StreamSpec spec = Spec({"threshold", "hanging"});
+    spec.loop = true;
+    patience = 1s;
+    Start(spec);
+    ASSERT_TRUE(ReachesFrame(2));
+    stream->LookAfter();
+    EXPECT_EQ(stream->GetStatus().state, State::Running) << "it may take a while";
+    EXPECT_TRUE(test::Happens([&] {
+        stream->LookAfter();
+        return stream->GetStatus().state == State::Waiting;
+    }));
+    stream->LookAfter();
+    EXPECT_EQ(stream->GetStatus().problem, "the algorithm 'hanging' has not returned for more than 1 seconds");
+    EXPECT_THAT(Metrics(), HasSubstr("qel_stream_running{stream=\"gate\"} 0"));
+    spec.settings.at("hanging")->Set("hanging", false);
+    ASSERT_TRUE(ReachesFrame(4));
+    EXPECT_EQ(stream->GetStatus().problem, "");
+    EXPECT_THAT(listener.GetStates(),
+                ElementsAre("starting", "running",
+                            "waiting: the algorithm 'hanging' has not returned for more than 1 seconds", "running"));
+}
 
 TEST_F(StreamOf, AFileTellsTheLinesOfARunAndItsStates) {
     Start(Spec());

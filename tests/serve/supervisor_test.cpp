@@ -13,6 +13,7 @@
 #include <prometheus/text_serializer.h>
 
 #include "catalogue.hpp"
+#include "fixtures/plugins/hanging.hpp"
 #include "serve/listener.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/test_video.hpp"
@@ -182,6 +183,24 @@ TEST_F(OfSupervisor, MetricsAreBroughtUpToDateWithoutFrames) {
     EXPECT_FALSE(specs.IsFollowed());
     EXPECT_THAT(Metrics(), Not(HasSubstr("gate")));
     EXPECT_FALSE(viewer->IsAlive());
+}
+
+TEST_F(OfSupervisor, NamesTheAlgorithmsThatDoNotReturnWhenItIsToStop) {
+    StreamSpec gate = Spec("gate"), gone = Spec("gone", "hanging");
+    gate.algorithms.push_back("hanging");
+    gate.settings["hanging"] = Spec("gate", "hanging").settings.at("hanging");
+    Start({gate, Spec("door"), gone});
+    ASSERT_TRUE(test::Happens([] { return fixture::CountHanging() == 2; }));
+    // It is not there any more for anybody else, and the one that was added instead cannot begin.
+    specs.Set({gate, Spec("door")});
+    specs.Set({gate, Spec("door"), Spec("gone")});
+    EXPECT_THAT(supervisor->Stop(std::chrono::steady_clock::now() + 100ms),
+                ElementsAre("the stream 'gone' has not ended: the algorithm 'hanging' has not returned",
+                            "the stream 'gate' has not ended: the algorithm 'hanging' has not returned"));
+    specs.Set({gate, Spec("door"), Spec("late")});
+    EXPECT_THAT(Ids(), ElementsAre("gate", "door", "gone")) << "nothing begins any more";
+    for (StreamSpec const& spec : {gate, gone}) spec.settings.at("hanging")->Set("hanging", false);
+    EXPECT_THAT(supervisor->Stop(std::chrono::steady_clock::now() + 60s), ElementsAre());
 }
 
 TEST_F(OfSupervisor, StreamsAreAddedRemovedAndLookedAtByManyThreadsAtOnce) {

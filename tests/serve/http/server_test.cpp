@@ -4,9 +4,11 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "error.hpp"
 #include "http/connection.hpp"
@@ -165,6 +167,49 @@ void ExpectProblem(Answer const& answer, unsigned int status) {
     EXPECT_EQ(document.at("type").as_string(), "about:blank");
     EXPECT_FALSE(document.at("title").as_string().empty());
     EXPECT_FALSE(document.at("detail").as_string().empty());
+}
+
+/// Lets the process open so many files at a time.
+class DescriptorLimit {
+public:
+    explicit DescriptorLimit(rlim_t count) {
+        getrlimit(RLIMIT_NOFILE, &former_);
+        rlimit const limit{count, former_.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    DescriptorLimit(DescriptorLimit const&) = delete;
+    DescriptorLimit& operator=(DescriptorLimit const&) = delete;
+    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &former_); }
+
+private:
+    rlimit former_{};
+};
+
+TEST_F(ServerTest, LeavesDescriptorsToOthersHoweverManyClientsCome) {
+    {
+        DescriptorLimit const few(40);
+        Begin();
+    }
+    // Twenty of which are for clients; all of them wait for an answer, so that none can be given up.
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 20; ++i) {
+        clients.push_back(std::make_unique<Client>(GetPort()));
+        clients.back()->Send(MakeRequest("GET", "/numbers"));
+        clients.back()->ReceiveUntil("\r\n\r\n");
+    }
+    ExpectProblem(Ask(GetPort(), MakeRequest("GET", "/here")), 503);
+}
+
+TEST_F(ServerTest, GivesUpWaitingForAnAnswerAndStopsWhenItIsMade) {
+    Begin();
+    Client client(GetPort());
+    client.Send(MakeRequest("GET", "/wait"));
+    WaitForWaiting(1);
+    EXPECT_FALSE(server_->Stop(std::chrono::steady_clock::now() + 20ms));
+    EXPECT_TRUE(client.IsClosed());
+    EXPECT_FALSE(server_->Stop(std::chrono::steady_clock::now() + 20ms));
+    Release();
+    EXPECT_TRUE(server_->Stop());
 }
 
 TEST_F(ServerTest, AnswersAndKeepsTheConnection) {
