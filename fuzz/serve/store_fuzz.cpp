@@ -105,6 +105,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     // Nodes stand in the order in which they were made, which is not that of the file.
     auto const values = ParsePatch(opened->store.GetData("").value());
     auto const problems = opened->store.GetProblems();
+    // The file is used by one store at a time.
+    opened.reset();
     opened = std::make_unique<Opened>(file);
     Check(!opened->store.GetSafeModeReason(), "what was saved cannot be used");
     Check(opened->store.GetDocument() == document, "another document is found again");
