@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "qel/system/descriptor.hpp"
+
 namespace qel::host {
 
 /// A file that is written from its beginning, or the standard output when its path is "-".
@@ -14,9 +16,6 @@ class OutputFile {
 public:
     /// Creates the file, or empties it.
     explicit OutputFile(std::string path);
-    OutputFile(OutputFile const&) = delete;
-    OutputFile& operator=(OutputFile const&) = delete;
-    ~OutputFile();
 
     void Write(std::string_view bytes);
     /// Whether somebody can still read what is written: false for a pipe whose other end is closed. Requires an open
@@ -32,7 +31,7 @@ private:
     [[noreturn]] void Fail(int error) const;
 
     std::string name_;
-    int descriptor_ = -1;
+    system::Descriptor descriptor_;
 };
 
 }  // namespace qel::host

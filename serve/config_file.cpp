@@ -4,10 +4,10 @@
 
 #include <boost/filesystem/operations.hpp>
 
-#include "calibration/file.hpp"
 #include "document.hpp"
 #include "error.hpp"
 #include "qel/logging/logger.hpp"
+#include "whole_file.hpp"
 
 namespace qel::serve {
 namespace {
@@ -16,7 +16,7 @@ logging::Logger const log(logging::Name("qel.serve.ConfigFile"));
 
 // What is too large to be used is told by whoever parses it.
 std::string ReadAll(boost::filesystem::path const& file) {
-    return host::calibration::ReadFile(file.string(), MaximumDocumentSize * 2);
+    return host::ReadFile(file.string(), MaximumDocumentSize * 2);
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ std::optional<std::string> ConfigFile::ReadLastGood() const {
 }
 
 void ConfigFile::Save(std::string const& content) const {
-    host::calibration::ReplaceFile(file_.string(), content);
+    host::ReplaceFile(file_.string(), content);
     try {
         SaveLastGood(content);
     } catch (host::Error const& error) {
@@ -68,7 +68,7 @@ void ConfigFile::Save(std::string const& content) const {
 }
 
 void ConfigFile::SaveLastGood(std::string const& content) const {
-    host::calibration::ReplaceFile(GetLastGoodPath().string(), content);
+    host::ReplaceFile(GetLastGoodPath().string(), content);
 }
 
 void ConfigFile::KeepBroken() const {

@@ -6,8 +6,8 @@
 
 #include <Eigen/Dense>
 
-#include "calibration/file.hpp"
 #include "calibration/json_document.hpp"
+#include "whole_file.hpp"
 
 namespace qel::host::calibration {
 namespace {

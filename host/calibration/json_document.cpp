@@ -8,8 +8,8 @@
 
 #include <boost/json.hpp>
 
-#include "calibration/file.hpp"
 #include "calibration/text.hpp"
+#include "whole_file.hpp"
 
 namespace qel::host::calibration {
 namespace {

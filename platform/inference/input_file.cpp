@@ -10,8 +10,8 @@
 
 namespace qel::inference {
 
-Descriptor OpenRegularFile(boost::filesystem::path const& path, std::size_t maximumSize) {
-    Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+system::Descriptor OpenRegularFile(boost::filesystem::path const& path, std::size_t maximumSize) {
+    system::Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (!file) throw std::runtime_error(std::string("cannot be opened: ") + std::strerror(errno));
     struct stat status {};
     if (fstat(file.Get(), &status) != 0)
@@ -22,7 +22,7 @@ Descriptor OpenRegularFile(boost::filesystem::path const& path, std::size_t maxi
 }
 
 std::string ReadRegularFile(boost::filesystem::path const& path, std::size_t maximumSize) {
-    Descriptor const file = OpenRegularFile(path, maximumSize);
+    system::Descriptor const file = OpenRegularFile(path, maximumSize);
     std::string text;
     std::array<char, 65536> block;
     while (true) {

@@ -5,13 +5,13 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "descriptor.hpp"
+#include "qel/system/descriptor.hpp"
 
 namespace qel::inference {
 
 /// Opens a file for reading, never to wait for anybody. Throws std::runtime_error with the reason when it cannot be
 /// opened, is no regular file or has more bytes than that.
-Descriptor OpenRegularFile(boost::filesystem::path const& path, std::size_t maximumSize);
+system::Descriptor OpenRegularFile(boost::filesystem::path const& path, std::size_t maximumSize);
 
 /// The bytes of such a file. Throws the same, and std::runtime_error with the reason when it cannot be read.
 std::string ReadRegularFile(boost::filesystem::path const& path, std::size_t maximumSize);

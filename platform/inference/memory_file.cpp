@@ -33,14 +33,14 @@ void Copy(int from, int to, std::size_t maximumSize) {
 }  // namespace
 
 MemoryFile::MemoryFile(boost::filesystem::path const& path, std::size_t maximumSize) {
-    Descriptor const file = OpenRegularFile(path, maximumSize);
-    descriptor_ = Descriptor(memfd_create("qel-model", MFD_CLOEXEC));
+    system::Descriptor const file = OpenRegularFile(path, maximumSize);
+    descriptor_ = system::Descriptor(memfd_create("qel-model", MFD_CLOEXEC));
     if (!descriptor_) Fail("cannot be copied to memory");
     Copy(file.Get(), descriptor_.Get(), maximumSize);
     Show();
 }
 
-MemoryFile::MemoryFile(Descriptor descriptor) : descriptor_(std::move(descriptor)) { Show(); }
+MemoryFile::MemoryFile(system::Descriptor descriptor) : descriptor_(std::move(descriptor)) { Show(); }
 
 MemoryFile::~MemoryFile() {
     if (bytes_ != nullptr) munmap(bytes_, size_);

@@ -6,7 +6,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "descriptor.hpp"
+#include "qel/system/descriptor.hpp"
 
 namespace qel::inference {
 
@@ -18,7 +18,7 @@ public:
     MemoryFile(boost::filesystem::path const& path, std::size_t maximumSize);
     /// Shows the memory behind the descriptor of another MemoryFile. Throws std::runtime_error when that cannot be
     /// done.
-    explicit MemoryFile(Descriptor descriptor);
+    explicit MemoryFile(system::Descriptor descriptor);
     MemoryFile(MemoryFile&& other) noexcept
         : descriptor_(std::move(other.descriptor_)),
           bytes_(std::exchange(other.bytes_, nullptr)),
@@ -37,7 +37,7 @@ public:
 private:
     void Show();
 
-    Descriptor descriptor_;
+    system::Descriptor descriptor_;
     void* bytes_ = nullptr;
     std::size_t size_ = 0;
 };

@@ -33,14 +33,14 @@ constexpr std::chrono::milliseconds SettlingTime(50);
 constexpr std::chrono::milliseconds LongestSettlingTime(500);
 constexpr std::chrono::milliseconds RootSearchInterval(250);
 
-Descriptor MakeEvent() {
-    Descriptor event(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+system::Descriptor MakeEvent() {
+    system::Descriptor event(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
     if (!event) throw std::system_error(errno, std::generic_category(), "cannot follow changes of the model root");
     return event;
 }
 
 /// Without anybody waiting on the other side a write cannot fail, but for an event that has been raised already.
-void Raise(Descriptor const& event) { (void)!eventfd_write(event.Get(), 1); }
+void Raise(system::Descriptor const& event) { (void)!eventfd_write(event.Get(), 1); }
 
 /// Starts a thread that no signal is delivered to: those are for the threads of the host.
 template <class Body>

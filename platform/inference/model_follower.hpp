@@ -14,11 +14,11 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "descriptor.hpp"
 #include "model_files.hpp"
 #include "model_watch.hpp"
 #include "qel/inference/model.hpp"
 #include "qel/inference/model/state.hpp"
+#include "qel/system/descriptor.hpp"
 
 namespace qel::inference {
 
@@ -69,8 +69,8 @@ private:
 
     boost::filesystem::path root_;
     Report report_;
-    Descriptor wake_;
-    Descriptor stop_;
+    system::Descriptor wake_;
+    system::Descriptor stop_;
 
     // Of the thread alone.
     ModelWatch watch_;

@@ -9,7 +9,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "descriptor.hpp"
+#include "qel/system/descriptor.hpp"
 
 namespace qel::inference {
 
@@ -46,7 +46,7 @@ private:
     bool IsBeingWritten(std::string const& name, std::string const& entry) const;
 
     boost::filesystem::path root_;
-    Descriptor inotify_;
+    system::Descriptor inotify_;
     int rootWatch_ = -1;
     std::map<std::string, Watches> watches_;
     // Links may lead several names to one folder, which has one watch.

@@ -26,8 +26,8 @@ constexpr std::chrono::seconds Limit(120);
 constexpr std::size_t MaximumVerdict = 4096;
 
 /// A copy of a descriptor that is out of the way of those which the new process is given.
-Descriptor MoveUp(int descriptor) {
-    Descriptor copy(fcntl(descriptor, F_DUPFD_CLOEXEC, trial::VerdictDescriptor + 1));
+system::Descriptor MoveUp(int descriptor) {
+    system::Descriptor copy(fcntl(descriptor, F_DUPFD_CLOEXEC, trial::VerdictDescriptor + 1));
     if (!copy) throw std::runtime_error(std::string("cannot be tried out: ") + std::strerror(errno));
     return copy;
 }
@@ -100,8 +100,8 @@ private:
 };
 
 /// verdict: closed on return, so that the new process alone holds the pipe's end.
-pid_t Start(MemoryFile const& model, Descriptor verdict, std::vector<std::string> arguments) {
-    Descriptor const modelAbove = MoveUp(model.GetDescriptor()), verdictAbove = MoveUp(verdict.Get());
+pid_t Start(MemoryFile const& model, system::Descriptor verdict, std::vector<std::string> arguments) {
+    system::Descriptor const modelAbove = MoveUp(model.GetDescriptor()), verdictAbove = MoveUp(verdict.Get());
     return SpawnSettings(modelAbove.Get(), verdictAbove.Get()).Spawn(std::move(arguments));
 }
 
@@ -131,8 +131,8 @@ void TryModel(MemoryFile const& model, std::vector<std::size_t> const& inputShap
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         throw std::runtime_error(std::string("cannot be tried out: ") + std::strerror(errno));
-    Descriptor const verdict(ends[0]);
-    Descriptor writer(ends[1]);
+    system::Descriptor const verdict(ends[0]);
+    system::Descriptor writer(ends[1]);
     auto const folder = GetBackEndFolder();
     std::vector<std::string> arguments{(folder / trial::ProgramFile).string(), (folder / BackEndFile).string(),
                                        std::to_string(maxBatchSize)};

@@ -54,7 +54,7 @@ void Run(Network& network, std::vector<std::size_t> shape, std::size_t samples) 
 }
 
 void Try(std::vector<std::string> const& arguments) {
-    MemoryFile const model{Descriptor(trial::ModelDescriptor)};
+    MemoryFile const model{system::Descriptor(trial::ModelDescriptor)};
     LimitResources(model.GetBytes().size());
     auto const network = LoadBackEnd(arguments.at(1).c_str()).Load(model.GetBytes());
     std::size_t const maxBatchSize = std::stoull(arguments.at(2));

@@ -27,11 +27,6 @@ Classifier::Classifier(inference::backend::Manager& manager)
                                                 ColourFormat::Yuv24, ColourFormat::Grey8}),
       manager_(manager) {}
 
-Settings Classifier::GetSettings() const {
-    std::lock_guard<std::mutex> const lock(settingsMutex_);
-    return settings_;
-}
-
 void Classifier::Process(media::video::FrameBase<void const> const& frame, Result& result) {
     if (GetOfflineModeEnabled() && !hasWaited_) {
         hasWaited_ = true;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "classes.hpp"
+#include "common/tunable.hpp"
 #include "crop.hpp"
 #include "qel/algorithm/info/base.hpp"
 #include "qel/algorithm/video/passthrough/algorithm.hpp"
@@ -35,9 +35,8 @@ struct Settings {
 /// none, or one that cannot be used, objects pass unchanged; what is wrong is logged once a model. In offline mode the
 /// first frame waits for the manager to load what is there.
 ///
-/// Settings may be changed by another thread than the one that processes frames; a change holds from the next frame on.
-/// Everything else is for one thread at a time.
-class Classifier final : public algorithm::video::passthrough::Algorithm {
+/// Settings may be changed by any thread, everything else is for one thread at a time.
+class Classifier final : public algorithm::video::passthrough::Algorithm, public plugin::Tunable<Settings> {
 public:
     /// The manager must outlive the algorithm.
     explicit Classifier(inference::backend::Manager& manager);
@@ -45,22 +44,12 @@ public:
     /// Throws std::invalid_argument, with the result unchanged, for a frame that cannot be read.
     void Process(media::video::FrameBase<void const> const& frame, algorithm::video::Result& result) override;
 
-    Settings GetSettings() const;
-    /// change: called with the settings, under their lock.
-    template <class Change>
-    void ChangeSettings(Change change) {
-        std::lock_guard<std::mutex> const lock(settingsMutex_);
-        change(settings_);
-    }
-
 private:
     Classes const* FindClasses(std::string const& name);
     void Label(Classes const& classes, Settings const& settings, algorithm::video::Result& result);
     void GiveUp(std::string const& name, char const* reason);
 
     inference::backend::Manager& manager_;
-    mutable std::mutex settingsMutex_;
-    Settings settings_;
     bool hasWaited_ = false;
     std::shared_ptr<inference::Model const> model_;  ///< what classes_ was made of
     std::optional<Classes> classes_;                 ///< none while the model cannot be used

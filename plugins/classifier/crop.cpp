@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdlib>
-#include <sstream>
-#include <stdexcept>
-#include <string>
+#include <utility>
 
+#include "common/frame_check.hpp"
+#include "common/from_yuv.hpp"
 #include "qel/media/colour_format.hpp"
 
 namespace qel::classifier {
@@ -19,36 +18,23 @@ using inference::ChannelOrder;
 using inference::Picture;
 using media::ColourFormat;
 
-[[noreturn]] void Refuse(Frame const& frame, std::string const& reason) {
-    std::ostringstream text;
-    text << "Cannot classify what is in the frame " << frame << ": " << reason;
-    throw std::invalid_argument(text.str());
-}
-
-/// Throws unless a plane of rows x rowBytes bytes lies within its buffer.
-void CheckPlane(Frame const& frame, std::size_t index, std::uint64_t rowBytes, std::uint64_t rows) {
-    auto const& plane = frame.GetPlane(index);
-    auto const stride = static_cast<std::uint64_t>(std::abs(plane.GetStride()));
-    if (!plane || stride < rowBytes || plane.GetSize() < stride * (rows - 1) + rowBytes) {
-        Refuse(frame, "plane " + std::to_string(index) + " is smaller than the image");
-    }
-}
-
 void Check(Frame const& frame) {
-    if (!frame) Refuse(frame, "it has no image");
+    plugin::FrameCheck const check("Cannot classify what is in the frame", frame);
     std::uint64_t const width = frame.GetWidth(), height = frame.GetHeight();
     switch (frame.GetColourFormat()) {
         case ColourFormat::Nv12:
-            CheckPlane(frame, 1, (width + 1) / 2 * 2, (height + 1) / 2);
+            (void)check.GetPlane(1, (width + 1) / 2 * 2, (height + 1) / 2);
             [[fallthrough]];
         case ColourFormat::Grey8:
-            return CheckPlane(frame, 0, width, height);
+            (void)check.GetPlane(0, width, height);
+            return;
         case ColourFormat::Yuv24:
         case ColourFormat::Rgb24:
         case ColourFormat::Bgr24:
-            return CheckPlane(frame, 0, 3 * width, height);
+            (void)check.GetPlane(0, 3 * width, height);
+            return;
     }
-    Refuse(frame, "its colour format is unknown");
+    check.RefuseFormat();
 }
 
 std::uint8_t const* RowOf(Frame const& frame, std::size_t plane, std::size_t y) {
@@ -70,13 +56,11 @@ Box Cut(Box const& box, double margin, Frame const& frame) {
     return {x0, y0, x1, y1};
 }
 
-/// By ITU-R BT.601 with video levels: luma 16 is black and 235 white. Integers scaled by 2^16, rounded to nearest.
 void PutRgb(int y, int u, int v, std::uint8_t* target) {
-    int const luma = 76309 * (y - 16) + (1 << 15);
-    auto const level = [](int value) { return static_cast<std::uint8_t>(std::clamp(value >> 16, 0, 255)); };
-    target[0] = level(luma + 104597 * (v - 128));
-    target[1] = level(luma - 25674 * (u - 128) - 53278 * (v - 128));
-    target[2] = level(luma + 132201 * (u - 128));
+    auto const rgb = plugin::FromYuv(y, u, v);
+    target[0] = rgb.red;
+    target[1] = rgb.green;
+    target[2] = rgb.blue;
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include <string>
-#include <utility>
 
 #include "classifier.hpp"
 #include "qel/algorithm/video/registry/property.hpp"
@@ -10,13 +9,7 @@ namespace {
 using algorithm::video::registry::MakeProperty;
 using configuration::Property;
 using configuration::Range;
-
-Property MakeNumber(std::string name, std::string description, Range<double> range, double Settings::*field) {
-    return MakeProperty<Classifier>(std::move(name), std::move(description), Settings().*field, range,
-                                    [field](Classifier& classifier, double value) {
-                                        classifier.ChangeSettings([&](Settings& settings) { settings.*field = value; });
-                                    });
-}
+using plugin::MakeSetting;
 
 }  // namespace
 
@@ -27,10 +20,12 @@ std::vector<Property> const& Properties() {
                                  [](Classifier& classifier, std::string const& name) {
                                      classifier.ChangeSettings([&](Settings& settings) { settings.model = name; });
                                  }),
-        MakeNumber("minimum_confidence", "How sure the network must be, at least, for an object to get a new label",
-                   {0.0, 1.0}, &Settings::minimumConfidence),
-        MakeNumber("margin", "How much of what is around an object is shown to the network, as a share of its box",
-                   {0.0, 1.0}, &Settings::margin),
+        MakeSetting<Classifier>("minimum_confidence",
+                                "How sure the network must be, at least, for an object to get a new label",
+                                Range{0.0, 1.0}, &Settings::minimumConfidence),
+        MakeSetting<Classifier>("margin",
+                                "How much of what is around an object is shown to the network, as a share of its box",
+                                Range{0.0, 1.0}, &Settings::margin),
     };
     return properties;
 }

@@ -66,11 +66,6 @@ ColourClassifier::ColourClassifier()
     : Algorithm(hash::MurmurThree32(TypeName),
                 {ColourFormat::Nv12, ColourFormat::Yuv24, ColourFormat::Rgb24, ColourFormat::Bgr24}) {}
 
-Settings ColourClassifier::GetSettings() const {
-    std::lock_guard<std::mutex> const lock(settingsMutex_);
-    return settings_;
-}
-
 void ColourClassifier::Process(Frame const& frame, Result& result) {
     Settings const settings = GetSettings();
     Picture const picture = ViewOf(frame);

@@ -3,11 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "colour.hpp"
 #include "colour_table.hpp"
+#include "common/tunable.hpp"
 #include "object_pixels.hpp"
 #include "picture.hpp"
 #include "qel/algorithm/video/passthrough/algorithm.hpp"
@@ -32,23 +32,14 @@ struct Settings {
 /// "colours" holds the names, the largest share first, and "colour_shares" their shares of the pixels, 0 to 1. An
 /// object without pixels gets neither.
 ///
-/// Settings may be changed by another thread than the one that processes frames; a change holds from the next frame on.
-/// Everything else is for one thread at a time.
-class ColourClassifier final : public algorithm::video::passthrough::Algorithm {
+/// Settings may be changed by any thread, everything else is for one thread at a time.
+class ColourClassifier final : public algorithm::video::passthrough::Algorithm, public plugin::Tunable<Settings> {
 public:
     ColourClassifier();
 
     /// Throws std::invalid_argument, with the result unchanged, for a frame that cannot be read, a foreground of
     /// another size than the frame's, and an object whose box reaches beyond the frame.
     void Process(media::video::FrameBase<void const> const& frame, algorithm::video::Result& result) override;
-
-    Settings GetSettings() const;
-    /// change: called with the settings, under their lock.
-    template <class Change>
-    void ChangeSettings(Change change) {
-        std::lock_guard<std::mutex> const lock(settingsMutex_);
-        change(settings_);
-    }
 
 private:
     using Counts = std::array<std::size_t, ColourCount>;
@@ -57,8 +48,6 @@ private:
     template <media::ColourFormat Format>
     Counts CountColoursOf(Picture const& picture, ObjectPixels::Box const& box) const;
 
-    mutable std::mutex settingsMutex_;
-    Settings settings_;
     ColourTable table_;
     ObjectPixels pixels_;
 };

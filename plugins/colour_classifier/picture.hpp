@@ -1,9 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
+#include "common/from_yuv.hpp"
 #include "qel/media/colour/rgb.hpp"
 #include "qel/media/colour_format.hpp"
 #include "qel/media/video/frame.hpp"
@@ -23,14 +23,6 @@ struct Picture {
 /// size.
 Picture ViewOf(media::video::FrameBase<void const> const& frame);
 
-/// By ITU-R BT.601 with video levels: luma 16 is black and 235 white. Integers scaled by 2^16, rounded to nearest.
-inline media::colour::Rgb FromYuv(int y, int u, int v) {
-    int const luma = 76309 * (y - 16) + (1 << 15);
-    auto const level = [](int value) { return static_cast<unsigned char>(std::clamp(value >> 16, 0, 255)); };
-    return {level(luma + 104597 * (v - 128)), level(luma - 25674 * (u - 128) - 53278 * (v - 128)),
-            level(luma + 132201 * (u - 128))};
-}
-
 /// A row of a picture of one format: the colour of each of its pixels.
 template <media::ColourFormat Format>
 class Row {
@@ -43,10 +35,10 @@ public:
 
     media::colour::Rgb operator[](std::size_t x) const {
         if constexpr (Format == media::ColourFormat::Nv12) {
-            return FromYuv(pixels_[x], chroma_[x / 2 * 2], chroma_[x / 2 * 2 + 1]);
+            return plugin::FromYuv(pixels_[x], chroma_[x / 2 * 2], chroma_[x / 2 * 2 + 1]);
         }
         std::uint8_t const* const pixel = pixels_ + 3 * x;
-        if constexpr (Format == media::ColourFormat::Yuv24) return FromYuv(pixel[0], pixel[1], pixel[2]);
+        if constexpr (Format == media::ColourFormat::Yuv24) return plugin::FromYuv(pixel[0], pixel[1], pixel[2]);
         if constexpr (Format == media::ColourFormat::Bgr24) return {pixel[2], pixel[1], pixel[0]};
         return {pixel[0], pixel[1], pixel[2]};
     }

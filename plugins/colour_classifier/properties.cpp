@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "colour_classifier.hpp"
-#include "qel/algorithm/video/registry/property.hpp"
 
 namespace qel::colour_classifier {
 namespace {
@@ -10,14 +9,9 @@ namespace {
 using configuration::Property;
 using configuration::Range;
 
-/// A property that is one field of the settings.
 template <class T>
 Property Make(std::string name, std::string description, Range<T> range, T Settings::*field) {
-    return algorithm::video::registry::MakeProperty<ColourClassifier>(
-        std::move(name), std::move(description), Settings().*field, range,
-        [field](ColourClassifier& classifier, T value) {
-            classifier.ChangeSettings([&](Settings& settings) { settings.*field = value; });
-        });
+    return plugin::MakeSetting<ColourClassifier>(std::move(name), std::move(description), range, field);
 }
 
 }  // namespace

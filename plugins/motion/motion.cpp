@@ -49,11 +49,6 @@ Motion::Motion()
 
 void Motion::Reset() { model_.Reset(); }
 
-Settings Motion::GetSettings() const {
-    std::lock_guard<std::mutex> const lock(settingsMutex_);
-    return settings_;
-}
-
 void Motion::Process(media::video::FrameBase<void const> const& frame, algorithm::video::Result& result) {
     Settings const settings = GetSettings();
     Picture const picture = reader_.Read(frame);

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "background_model.hpp"
+#include "common/tunable.hpp"
 #include "mask_cleaner.hpp"
 #include "picture_reader.hpp"
 #include "qel/algorithm/bit_mask.hpp"
@@ -30,9 +30,9 @@ struct Settings {
 /// Finds what moves in front of a fixed camera: one object, labelled "motion", for each connected region of pixels that
 /// differ from the learned background. The objects' confidence is the share of their pixels that differ strongly.
 ///
-/// Frames of another size or kind start the model afresh. Settings may be changed by another thread than the one that
-/// processes frames; a change holds from the next frame on. Everything else is for one thread at a time.
-class Motion final : public algorithm::video::passthrough::Algorithm {
+/// Frames of another size or kind start the model afresh. Settings may be changed by any thread, everything else is for
+/// one thread at a time.
+class Motion final : public algorithm::video::passthrough::Algorithm, public plugin::Tunable<Settings> {
 public:
     Motion();
 
@@ -40,19 +40,9 @@ public:
     void Reset() override;
     void Process(media::video::FrameBase<void const> const& frame, algorithm::video::Result& result) override;
 
-    Settings GetSettings() const;
-    /// change: called with the settings, under their lock.
-    template <class Change>
-    void ChangeSettings(Change change) {
-        std::lock_guard<std::mutex> const lock(settingsMutex_);
-        change(settings_);
-    }
-
 private:
     float Confidence(algorithm::ConnectedComponents::Blob const& blob) const;
 
-    mutable std::mutex settingsMutex_;
-    Settings settings_;
     PictureReader reader_;
     BackgroundModel model_;
     MaskCleaner cleaner_;

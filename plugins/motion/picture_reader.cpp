@@ -2,10 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
-#include <sstream>
-#include <stdexcept>
-#include <string>
 
 #include "qel/media/colour_format.hpp"
 
@@ -24,53 +20,37 @@ Yuv FromRgb(int red, int green, int blue) {
             ((128 * red - 107 * green - 21 * blue + 127) >> 8) + 128};
 }
 
-[[noreturn]] void Refuse(Frame const& frame, std::string const& reason) {
-    std::ostringstream text;
-    text << "Cannot look for motion in the frame " << frame << ": " << reason;
-    throw std::invalid_argument(text.str());
-}
-
-/// The first byte of a plane of rows x rowBytes bytes, checked to lie within it.
-std::uint8_t const* PlaneOf(Frame const& frame, std::size_t index, std::uint64_t rowBytes, std::uint64_t rows) {
-    auto const& plane = frame.GetPlane(index);
-    auto const stride = static_cast<std::uint64_t>(std::abs(plane.GetStride()));
-    if (!plane || stride < rowBytes || plane.GetSize() < stride * (rows - 1) + rowBytes) {
-        Refuse(frame, "plane " + std::to_string(index) + " is smaller than the image");
-    }
-    return static_cast<std::uint8_t const*>(plane.GetBuffer());
-}
-
 }  // namespace
 
 Picture PictureReader::Read(Frame const& frame) {
-    if (!frame) Refuse(frame, "it has no image");
+    plugin::FrameCheck const check("Cannot look for motion in the frame", frame);
     std::uint64_t const width = frame.GetWidth(), height = frame.GetHeight();
     Picture picture;
     picture.width = frame.GetWidth();
     picture.height = frame.GetHeight();
     switch (frame.GetColourFormat()) {
         case media::ColourFormat::Nv12:
-            picture.chroma = PlaneOf(frame, 1, (width + 1) / 2 * 2, (height + 1) / 2);
+            picture.chroma = check.GetPlane(1, (width + 1) / 2 * 2, (height + 1) / 2);
             picture.chromaStride = frame.GetPlane(1).GetStride();
             [[fallthrough]];
         case media::ColourFormat::Grey8:
-            picture.luma = PlaneOf(frame, 0, width, height);
+            picture.luma = check.GetPlane(0, width, height);
             picture.lumaStride = frame.GetPlane(0).GetStride();
             return picture;
         case media::ColourFormat::Yuv24:
-            return ReadPacked(frame, [](std::uint8_t const* p) { return Yuv{p[0], p[1], p[2]}; });
+            return ReadPacked(check, frame, [](std::uint8_t const* p) { return Yuv{p[0], p[1], p[2]}; });
         case media::ColourFormat::Rgb24:
-            return ReadPacked(frame, [](std::uint8_t const* p) { return FromRgb(p[0], p[1], p[2]); });
+            return ReadPacked(check, frame, [](std::uint8_t const* p) { return FromRgb(p[0], p[1], p[2]); });
         case media::ColourFormat::Bgr24:
-            return ReadPacked(frame, [](std::uint8_t const* p) { return FromRgb(p[2], p[1], p[0]); });
+            return ReadPacked(check, frame, [](std::uint8_t const* p) { return FromRgb(p[2], p[1], p[0]); });
     }
-    Refuse(frame, "its colour format is unknown");
+    check.RefuseFormat();
 }
 
 template <class Convert>
-Picture PictureReader::ReadPacked(Frame const& frame, Convert convert) {
+Picture PictureReader::ReadPacked(Check const& check, Frame const& frame, Convert convert) {
     std::size_t const width = frame.GetWidth(), height = frame.GetHeight(), evenWidth = (width + 1) / 2 * 2;
-    std::uint8_t const* const pixels = PlaneOf(frame, 0, 3 * std::uint64_t{width}, height);
+    std::uint8_t const* const pixels = check.GetPlane(0, 3 * std::uint64_t{width}, height);
     std::ptrdiff_t const stride = frame.GetPlane(0).GetStride();
     luma_.resize(width * height);
     chroma_.resize(evenWidth * ((height + 1) / 2));

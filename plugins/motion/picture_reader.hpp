@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "background_model.hpp"
+#include "common/frame_check.hpp"
 #include "qel/media/video/frame.hpp"
 
 namespace qel::motion {
@@ -19,8 +20,10 @@ public:
     Picture Read(media::video::FrameBase<void const> const& frame);
 
 private:
+    using Check = plugin::FrameCheck<void const>;
+
     template <class Convert>
-    Picture ReadPacked(media::video::FrameBase<void const> const& frame, Convert convert);
+    Picture ReadPacked(Check const& check, media::video::FrameBase<void const> const& frame, Convert convert);
 
     std::vector<std::uint8_t> luma_;
     std::vector<std::uint8_t> chroma_;

@@ -10,7 +10,7 @@ namespace {
 using configuration::Property;
 using configuration::Range;
 
-/// A property that is one field of the model's parameters, or of the settings beside them.
+/// A property that is one field of the model's parameters, or one of the settings beside them.
 template <class T>
 Property Make(std::string name, std::string description, Range<T> range, T Parameters::*field) {
     return algorithm::video::registry::MakeProperty<Motion>(
@@ -21,10 +21,7 @@ Property Make(std::string name, std::string description, Range<T> range, T Param
 
 template <class T>
 Property Make(std::string name, std::string description, Range<T> range, T Settings::*field) {
-    return algorithm::video::registry::MakeProperty<Motion>(
-        std::move(name), std::move(description), Settings().*field, range, [field](Motion& motion, T value) {
-            motion.ChangeSettings([&](Settings& settings) { settings.*field = value; });
-        });
+    return plugin::MakeSetting<Motion>(std::move(name), std::move(description), range, field);
 }
 
 }  // namespace

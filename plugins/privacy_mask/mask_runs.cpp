@@ -71,12 +71,4 @@ void Halve(BitMask const& mask, BitMask& half) {
     }
 }
 
-void ClearPadding(BitMask& mask) {
-    unsigned int const used = mask.GetSize().width % 32;
-    if (used == 0) return;
-    std::size_t const stride = mask.GetStride();
-    auto& words = mask.GetData();
-    for (std::size_t last = stride - 1; last < words.size(); last += stride) words[last] &= ~(~0U >> used);
-}
-
 }  // namespace qel::privacy_mask

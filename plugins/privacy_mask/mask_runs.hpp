@@ -21,7 +21,4 @@ void FindRuns(algorithm::BitMask const& mask, std::vector<PixelRun>& runs);
 /// stands for. Requires clear padding bits.
 void Halve(algorithm::BitMask const& mask, algorithm::BitMask& half);
 
-/// Clears the bits behind the last pixel of each row.
-void ClearPadding(algorithm::BitMask& mask);
-
 }  // namespace qel::privacy_mask

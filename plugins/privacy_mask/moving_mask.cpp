@@ -5,7 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "mask_runs.hpp"
+#include "common/clear_padding.hpp"
 #include "qel/algorithm/bit_mask/dilate.hpp"
 #include "qel/algorithm/bit_mask/fill_scan_line.hpp"
 
@@ -50,7 +50,7 @@ void MovingMask::AddShapes(BitMask& mask, BitMask const& foreground, std::uint32
     if (firstWord == words.end()) return;
     auto const lastWord = std::find_if(words.rbegin(), words.rend(), isSet);
     grown_ = foreground;
-    ClearPadding(grown_);
+    plugin::ClearPadding(grown_);
     scratch_.Resize(mask.GetSize());
     // Only the rows that can be reached.
     std::size_t const stride = mask.GetStride();
@@ -64,7 +64,7 @@ void MovingMask::AddShapes(BitMask& mask, BitMask const& foreground, std::uint32
                                         scratch_.GetData().data() + from * stride, rows, stride);
         grown_.GetData().swap(scratch_.GetData());
     }
-    ClearPadding(grown_);
+    plugin::ClearPadding(grown_);
     mask.Union(grown_);
 }
 

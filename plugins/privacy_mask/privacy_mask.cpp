@@ -14,11 +14,6 @@ PrivacyMask::PrivacyMask()
     : Algorithm(hash::MurmurThree32(TypeName), {ColourFormat::Nv12, ColourFormat::Grey8, ColourFormat::Yuv24,
                                                 ColourFormat::Rgb24, ColourFormat::Bgr24}) {}
 
-Settings PrivacyMask::GetSettings() const {
-    std::lock_guard<std::mutex> const lock(settingsMutex_);
-    return settings_;
-}
-
 void PrivacyMask::Process(media::video::FrameBase<void>& frame, algorithm::video::Result& result) {
     Settings const settings = GetSettings();
     Picture const picture = ViewOf(frame);

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
+#include "common/tunable.hpp"
 #include "mask_runs.hpp"
 #include "moving_mask.hpp"
 #include "painter.hpp"
@@ -36,23 +36,14 @@ struct Settings {
 /// Hides zones of the picture, and if wanted what moves: every pixel that a zone touches is pixelated or blanked, the
 /// chroma of Nv12 wherever one of its four pixels is.
 ///
-/// Settings may be changed by another thread than the one that processes frames; a change holds from the next frame on.
-/// Everything else is for one thread at a time.
-class PrivacyMask final : public algorithm::video::inplace::Algorithm {
+/// Settings may be changed by any thread, everything else is for one thread at a time.
+class PrivacyMask final : public algorithm::video::inplace::Algorithm, public plugin::Tunable<Settings> {
 public:
     PrivacyMask();
 
     /// Throws std::invalid_argument, with nothing changed, for a frame that cannot be masked, and when what moves is to
     /// be masked by its shapes but the result has none. The frame must not be shown then.
     void Process(media::video::FrameBase<void>& frame, algorithm::video::Result& result) override;
-
-    Settings GetSettings() const;
-    /// change: called with the settings, under their lock.
-    template <class Change>
-    void ChangeSettings(Change change) {
-        std::lock_guard<std::mutex> const lock(settingsMutex_);
-        change(settings_);
-    }
 
 private:
     /// What is hidden in a frame.
@@ -65,8 +56,6 @@ private:
                              algorithm::video::Result const& result);
     void FindRunsOf(algorithm::BitMask const& mask, Hidden& hidden);
 
-    mutable std::mutex settingsMutex_;
-    Settings settings_;
     ZoneMask zoneMask_;
     MovingMask movingMask_;
     algorithm::BitMask mask_;  // zones and what moves

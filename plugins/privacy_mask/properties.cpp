@@ -12,6 +12,7 @@ namespace {
 using algorithm::video::registry::MakeProperty;
 using configuration::Property;
 using configuration::Range;
+using plugin::MakeSetting;
 
 /// Zones that cannot be read leave the settings, and so the mask, as they are.
 void SetZones(PrivacyMask& mask, std::string const& text) {
@@ -30,14 +31,6 @@ void SetMaskMotion(PrivacyMask& mask, std::string const& text) {
     mask.ChangeSettings([&](Settings& settings) { settings.movingPart = part; });
 }
 
-Property MakeNumber(std::string name, std::string description, Range<std::uint32_t> range,
-                    std::uint32_t Settings::*field) {
-    return MakeProperty<PrivacyMask>(std::move(name), std::move(description), Settings().*field, range,
-                                     [field](PrivacyMask& mask, std::uint32_t value) {
-                                         mask.ChangeSettings([&](Settings& settings) { settings.*field = value; });
-                                     });
-}
-
 }  // namespace
 
 std::vector<Property> const& Properties() {
@@ -49,15 +42,16 @@ std::vector<Property> const& Properties() {
                                   std::string(), SetZones),
         MakeProperty<PrivacyMask>("mode", "How pixels are hidden: by the mean of their block, or black",
                                   std::string("pixelate"), std::set<std::string>{"blank", "pixelate"}, SetMode),
-        MakeNumber("block_size", "Width and height of the blocks, in pixels; an odd number counts as the next even one",
-                   {4, Painter::LargestBlock}, &Settings::blockSize),
+        MakeSetting<PrivacyMask>("block_size",
+                                 "Width and height of the blocks, in pixels; an odd number counts as the next even one",
+                                 Range<std::uint32_t>{4, Painter::LargestBlock}, &Settings::blockSize),
         MakeProperty<PrivacyMask>("mask_motion",
                                   "Hides what moves as well, as found by the algorithms that run before: its shapes, "
                                   "the boxes of all objects, "
                                   "or off",
                                   std::string("off"), std::set<std::string>{"boxes", "off", "shapes"}, SetMaskMotion),
-        MakeNumber("motion_margin", "How many pixels the shapes or boxes are made larger on each side", {0, 64},
-                   &Settings::movingMargin),
+        MakeSetting<PrivacyMask>("motion_margin", "How many pixels the shapes or boxes are made larger on each side",
+                                 Range<std::uint32_t>{0, 64}, &Settings::movingMargin),
     };
     return properties;
 }

@@ -18,24 +18,7 @@
 namespace qel::serve::http {
 namespace {
 
-/// An open file or folder.
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor = -1) noexcept : descriptor_(descriptor) {}
-    Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    Descriptor& operator=(Descriptor other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-    ~Descriptor() {
-        if (descriptor_ >= 0) close(descriptor_);
-    }
-
-    int Get() const noexcept { return descriptor_; }
-
-private:
-    int descriptor_;
-};
+using system::Descriptor;
 
 /// A file, piece by piece.
 class FileStream final : public BodyStream {
@@ -81,10 +64,10 @@ Descriptor Open(int folder, std::string_view path) {
         // A pipe must not make anybody wait.
         int const flags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | (isLast ? 0 : O_DIRECTORY);
         Descriptor next(openat(from, segment.c_str(), flags));
-        if (next.Get() < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) {
+        if (!next && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) {
             throw Problem(503, "too many files are open just now").With("Retry-After", "1");
         }
-        if (next.Get() < 0) throw MakeNotFound();
+        if (!next) throw MakeNotFound();
         opened = std::move(next);
         if (isLast) return opened;
         from = opened.Get();
@@ -134,23 +117,19 @@ std::string GetMediaType(std::string_view file) {
 
 Assets::Assets(boost::filesystem::path const& folder) {
     if (folder.empty()) return;
-    folder_ = open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY);
-    if (folder_ < 0) throw host::UsageError("'" + folder.string() + "' is no folder of a page that can be read");
-}
-
-Assets::~Assets() {
-    if (folder_ >= 0) close(folder_);
+    folder_ = Descriptor(open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
+    if (!folder_) throw host::UsageError("'" + folder.string() + "' is no folder of a page that can be read");
 }
 
 Response Assets::Get(Request const& request, std::string const& path) const {
-    if (folder_ < 0) {
+    if (!folder_) {
         if (!path.empty()) throw MakeNotFound();
         throw Problem(404,
                       "the page is not installed: name its folder with --assets; /api/openapi.json tells what "
                       "there is besides");
     }
     std::string const file = path.empty() ? "index.html" : path;
-    Descriptor opened = Open(folder_, file);
+    Descriptor opened = Open(folder_.Get(), file);
     struct stat status {};
     if (fstat(opened.Get(), &status) != 0 || !S_ISREG(status.st_mode)) throw MakeNotFound();
     Response response;

@@ -7,6 +7,7 @@
 
 #include "http/request.hpp"
 #include "http/response.hpp"
+#include "qel/system/descriptor.hpp"
 
 namespace qel::serve::http {
 
@@ -19,16 +20,13 @@ class Assets {
 public:
     /// An empty path: there are none, and each request is told so. Throws host::UsageError when it is no folder.
     explicit Assets(boost::filesystem::path const& folder);
-    Assets(Assets const&) = delete;
-    Assets& operator=(Assets const&) = delete;
-    ~Assets();
 
     /// The file at a path, "index.html" for "". Files below assets/ bear a hash of what they hold in their names and
     /// may be kept; the others are asked for anew, which answers 304 while they are the same. Throws Problem 404.
     Response Get(Request const& request, std::string const& path) const;
 
 private:
-    int folder_ = -1;
+    system::Descriptor folder_;
 };
 
 /// Where the page lies unless a person says otherwise: the first folder share/qel/page beside one of the three folders

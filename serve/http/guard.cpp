@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <random>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,6 +15,7 @@
 
 #include "error.hpp"
 #include "http/problem.hpp"
+#include "qel/system/descriptor.hpp"
 
 namespace qel::serve::http {
 namespace {
@@ -22,17 +25,18 @@ constexpr std::size_t MaxTokenSize = 1024;
 /// How many addresses are remembered for their wrong tokens.
 constexpr std::size_t MaxAddresses = 4096;
 
-std::string ReadAll(int descriptor) {
+/// Nothing, with errno set, when it cannot be read.
+std::optional<std::string> ReadAll(int descriptor) {
     std::array<char, MaxTokenSize + 2> bytes{};
     std::size_t size = 0;
     while (size < bytes.size()) {
         ssize_t const count = read(descriptor, bytes.data() + size, bytes.size() - size);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throw host::UsageError(std::string("cannot be read: ") + std::strerror(errno));
+        if (count < 0) return std::nullopt;
         if (count == 0) break;
         size += static_cast<std::size_t>(count);
     }
-    return {bytes.data(), size};
+    return std::string(bytes.data(), size);
 }
 
 /// "[::1]:80" and "localhost" without their ports.
@@ -87,31 +91,23 @@ std::string ReadToken(std::string const& file) {
     auto const fail = [&file](std::string const& reason) -> host::UsageError {
         return host::UsageError("the token file '" + file + "' " + reason);
     };
-    int const descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) throw fail(std::string("cannot be read: ") + std::strerror(errno));
+    system::Descriptor const descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!descriptor) throw fail(std::string("cannot be read: ") + std::strerror(errno));
     struct stat status {};
-    std::string text, problem;
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        problem = "is no file";
-    } else if ((status.st_mode & (S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH)) != 0) {
-        problem = "can be read or changed by other users: chmod 600 it";
-    } else {
-        try {
-            text = ReadAll(descriptor);
-        } catch (host::UsageError const& error) {
-            problem = error.what();
-        }
+    if (fstat(descriptor.Get(), &status) != 0 || !S_ISREG(status.st_mode)) throw fail("is no file");
+    if ((status.st_mode & (S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH)) != 0) {
+        throw fail("can be read or changed by other users: chmod 600 it");
     }
-    close(descriptor);
-    if (!problem.empty()) throw fail(problem);
-    text.resize(std::min(text.find_first_of("\r\n"), text.size()));
-    if (text.size() < MinTokenSize || text.size() > MaxTokenSize) {
+    auto text = ReadAll(descriptor.Get());
+    if (!text) throw fail(std::string("cannot be read: ") + std::strerror(errno));
+    text->resize(std::min(text->find_first_of("\r\n"), text->size()));
+    if (text->size() < MinTokenSize || text->size() > MaxTokenSize) {
         throw fail("holds no token of 16 to 1024 characters in its first line: openssl rand -hex 32 makes one");
     }
-    if (!std::all_of(text.begin(), text.end(), [](char letter) { return letter > ' ' && letter < 0x7f; })) {
+    if (!std::all_of(text->begin(), text->end(), [](char letter) { return letter > ' ' && letter < 0x7f; })) {
         throw fail("holds characters that are not visible ASCII");
     }
-    return text;
+    return *std::move(text);
 }
 
 Guard::Guard(std::string token, Clock clock) : token_(std::move(token)), clock_(std::move(clock)) {}

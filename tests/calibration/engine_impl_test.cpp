@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "calibration/scene.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::algorithm::calibration {
 namespace {
@@ -25,12 +26,7 @@ Impl Facing(float y, int status) {
 }
 
 std::string ErrorOfHeight(Impl const& impl) {
-    try {
-        impl.GetHeight(At(30000, 40000), 0);
-    } catch (std::runtime_error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
+    return qel::test::MessageOf<std::runtime_error>([&] { impl.GetHeight(At(30000, 40000), 0); });
 }
 
 TEST(EngineImpl, StartsWithoutAModel) {

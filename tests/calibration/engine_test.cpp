@@ -1,7 +1,6 @@
 #include "qel/algorithm/calibration/engine.hpp"
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -10,9 +9,12 @@
 #include <gtest/gtest.h>
 
 #include "calibration/scene.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::algorithm::calibration {
 namespace {
+
+using qel::test::MessageOf;
 
 using namespace test;
 using Size = geometry::Dimension<int, 2>;
@@ -23,15 +25,6 @@ constexpr Camera Oblique{20, 0, 5, 50};
 constexpr Camera Steep{90, 0, 8, 60};
 
 static_assert(!std::is_copy_constructible_v<Engine> && !std::is_move_constructible_v<Engine>);
-
-std::string ErrorOf(std::function<void()> const& action) {
-    try {
-        action();
-    } catch (std::runtime_error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 std::string Invalid(int code) {
     return "Invalid calibration parameters, calibration Error Code: " + std::to_string(code);
@@ -55,22 +48,22 @@ TEST(Engine, IsWithoutAMountingAtFirst) {
 
 TEST(Engine, RefusesToMeasureWithoutAMounting) {
     Engine const engine;
-    EXPECT_EQ(ErrorOf([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(-1));
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(1, 2), 3); }), Invalid(-1));
-    EXPECT_EQ(ErrorOf([&] { Distance(engine, At(1, 2), At(3, 4), {0, 0}); }), Invalid(-1));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(-1));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(1, 2), 3); }), Invalid(-1));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Distance(engine, At(1, 2), At(3, 4), {0, 0}); }), Invalid(-1));
 }
 
 TEST(Engine, RefusesToMeasureByAMountingThatIsNotEnabled) {
     Engine engine;
     engine.SetCalibrationParams(Params(false, 20, 0, Metres(5), 50));
     EXPECT_FALSE(engine.IsCalibrationEnabled());
-    EXPECT_EQ(ErrorOf([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(1));
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(1, 2), 3); }), Invalid(1));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(1));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(1, 2), 3); }), Invalid(1));
     engine.SetCalibrationParams(Params(false, 90, 0, Metres(5), 50));
-    EXPECT_EQ(ErrorOf([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(0));
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(1, 2), 3); }), Invalid(0));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(0));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(1, 2), 3); }), Invalid(0));
     engine.SetCalibrationParams(Params());
-    EXPECT_EQ(ErrorOf([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(1));
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Distance(engine, At(1, 2), At(3, 4)); }), Invalid(1));
 }
 
 TEST(Engine, KeepsACopyOfTheMounting) {
@@ -225,20 +218,24 @@ TEST(Engine, RefusesAFootTooFarAway) {
     Engine engine;
     engine.SetCalibrationParams(Params(0, 0, Metres(5), 60));
     // Level view, half of 60 degrees above the middle row: row 32768 + n lies 5 m / tan(30) * 32768 / n ahead.
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(30000, 32768 + 500), 100); }), "Target is too far");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(30000, 32768 + 500), 100); }), "Target is too far");
     EXPECT_GT(Height(engine, At(30000, 32768 + 600), 100), 0.0F);
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(30000, 32768 - 500), 100); }), "Target is too far") << "behind";
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(30000, 32768 - 500), 100); }), "Target is too far")
+        << "behind";
     EXPECT_GT(Distance(engine, At(30000, 32768 + 500), At(30000, 60000)), 500.0F) << "distances have no limit";
 }
 
 TEST(Engine, RefusesANegativeHeight) {
     Engine engine;
     engine.SetCalibrationParams(Params(0, 0, Metres(5), 60));
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(30000, 10000), 100); }), "Negative height") << "above the horizon";
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(30000, 10000), 100); }), "Negative height")
+        << "above the horizon";
     engine.SetCalibrationParams(Params(20, 0, Metres(-5), 50));
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(30000, 60000), 3000); }), "Negative height") << "oblique";
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(30000, 60000), 3000); }), "Negative height")
+        << "oblique";
     engine.SetCalibrationParams(Params(90, 180, Metres(8), 60));
-    EXPECT_EQ(ErrorOf([&] { Height(engine, At(30000, 20000), 3000); }), "Negative height") << "steep";
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { Height(engine, At(30000, 20000), 3000); }), "Negative height")
+        << "steep";
 }
 
 TEST(Engine, BuildsItsModelWithTheFirstMeasurement) {

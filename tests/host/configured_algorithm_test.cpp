@@ -13,6 +13,7 @@
 #include "qel/algorithm/video/registry/register.hpp"
 #include "qel/configuration/node/primitive.hpp"
 #include "run.hpp"
+#include "support/message_of.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/test_video.hpp"
 #include "video_source.hpp"
@@ -22,18 +23,9 @@ namespace {
 
 namespace node = configuration::node;
 namespace registry = algorithm::video::registry;
+using qel::test::MessageOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-template <class Failure = Error, class Action>
-std::string ErrorOf(Action const& action) {
-    try {
-        action();
-    } catch (Failure const& error) {
-        return error.what();
-    }
-    return "no error";
-}
 
 TEST(FindAlgorithm, TakesTypeNamesAndTheirLastPartsWhateverTheCapitals) {
     hash::MurmurThree32 const id("test.Threshold");
@@ -41,7 +33,7 @@ TEST(FindAlgorithm, TakesTypeNamesAndTheirLastPartsWhateverTheCapitals) {
         EXPECT_EQ(FindAlgorithm(name), id) << name;
     }
     for (char const* name : {"", "test", ".Threshold", "est.Threshold", "Threshold ", "thresh"}) {
-        EXPECT_THAT(ErrorOf<UsageError>([&] { (void)FindAlgorithm(name); }),
+        EXPECT_THAT(MessageOf<UsageError>([&] { (void)FindAlgorithm(name); }),
                     testing::StartsWith("unknown algorithm '" + std::string(name) +
                                         "' (known: other.Same, test.Broken, test.Fail, "))
             << name;
@@ -49,7 +41,7 @@ TEST(FindAlgorithm, TakesTypeNamesAndTheirLastPartsWhateverTheCapitals) {
 }
 
 TEST(FindAlgorithm, AsksForTheWholeNameWhenTwoShareTheirLastPart) {
-    EXPECT_EQ(ErrorOf<UsageError>([] { (void)FindAlgorithm("same"); }),
+    EXPECT_EQ(MessageOf<UsageError>([] { (void)FindAlgorithm("same"); }),
               "'same' may mean several algorithms: other.Same, test.Same");
     EXPECT_EQ(FindAlgorithm("other.Same"), hash::MurmurThree32("other.Same"));
 }
@@ -87,9 +79,11 @@ TEST(ConfiguredAlgorithm, SaysThatAnAlgorithmCannotBeMade) {
         Runtime runtime;
         ConfiguredAlgorithm algorithm(runtime, hash::MurmurThree32(name), {});
     };
-    EXPECT_EQ(ErrorOf([&] { make("test.Broken"); }), "cannot make the algorithm 'Broken': no model");
-    EXPECT_EQ(ErrorOf([&] { make("test.Nothing"); }), "cannot make the algorithm 'Nothing': its factory gives nothing");
-    EXPECT_THAT(ErrorOf([&] { make("test.Same"); }), testing::StartsWith("cannot make the algorithm 'Same': "));
+    EXPECT_EQ(MessageOf<Error>([&] { make("test.Broken"); }), "cannot make the algorithm 'Broken': no model");
+    EXPECT_EQ(MessageOf<Error>([&] { make("test.Nothing"); }),
+              "cannot make the algorithm 'Nothing': its factory gives nothing");
+    EXPECT_THAT(MessageOf<Error>([&] { make("test.Same"); }),
+                testing::StartsWith("cannot make the algorithm 'Same': "));
 }
 
 TEST(ParseSetting, SplitsAtTheFirstEqualsSign) {
@@ -107,11 +101,11 @@ TEST(Apply, SetsNodesFurtherDownByTheirPaths) {
     Apply({{"a.depth", "-7"}, {"b", " any text "}}, *map, "it");
     EXPECT_EQ(map->Find("a.depth")->As<node::Primitive<std::int32_t>>().Get(), -7);
     EXPECT_EQ(map->Find("b")->As<node::Primitive<std::string>>().Get(), " any text ");
-    EXPECT_EQ(ErrorOf<UsageError>([&] {
+    EXPECT_EQ(MessageOf<UsageError>([&] {
                   Apply({{"a", "1"}}, *map, "it");
               }),
               "unknown property 'a' of it; did you mean 'b'? (known: a.depth, b)");
-    EXPECT_EQ(ErrorOf<UsageError>([&] {
+    EXPECT_EQ(MessageOf<UsageError>([&] {
                   Apply({{"a.deth", "1"}}, *map, "it");
               }),
               "unknown property 'a.deth' of it; did you mean 'a.depth'? (known: a.depth, b)");

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "error.hpp"
+#include "support/message_of.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace qel::host {
@@ -18,12 +19,7 @@ using test::TemporaryDirectory;
 using test::WriteFile;
 
 std::string ErrorOf(std::string const& text) {
-    try {
-        (void)Locate(text);
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "no error";
+    return test::MessageOf<Error>([&] { (void)Locate(text); });
 }
 
 TEST(Locate, TurnsAPathIntoAFileUri) {

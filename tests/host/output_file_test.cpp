@@ -7,23 +7,15 @@
 #include <sys/resource.h>
 
 #include "error.hpp"
+#include "support/message_of.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace qel::host {
 namespace {
 
+using qel::test::MessageOf;
 using test::ReadFile;
 using test::TemporaryDirectory;
-
-template <class Action>
-std::string ErrorOf(Action const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "no error";
-}
 
 TEST(OutputFile, EmptiesAFileAndWritesAtOnce) {
     TemporaryDirectory const directory;
@@ -45,10 +37,11 @@ TEST(OutputFile, NamesThePathAndTheReason) {
     TemporaryDirectory const directory;
     std::string const nowhere = directory / "no/file";
     std::string const folder = directory.GetPath().string();
-    EXPECT_EQ(ErrorOf([&] { OutputFile file(nowhere); }), "cannot write '" + nowhere + "': No such file or directory");
-    EXPECT_EQ(ErrorOf([&] { OutputFile file(folder); }), "cannot write '" + folder + "': Is a directory");
-    EXPECT_EQ(ErrorOf([&] { OutputFile file(""); }), "cannot write '': No such file or directory");
-    EXPECT_EQ(ErrorOf([&] { OutputFile("/dev/full").Write("x"); }),
+    EXPECT_EQ(MessageOf<Error>([&] { OutputFile file(nowhere); }),
+              "cannot write '" + nowhere + "': No such file or directory");
+    EXPECT_EQ(MessageOf<Error>([&] { OutputFile file(folder); }), "cannot write '" + folder + "': Is a directory");
+    EXPECT_EQ(MessageOf<Error>([&] { OutputFile file(""); }), "cannot write '': No such file or directory");
+    EXPECT_EQ(MessageOf<Error>([&] { OutputFile("/dev/full").Write("x"); }),
               "cannot write '/dev/full': No space left on device");
 }
 
@@ -62,7 +55,7 @@ TEST(OutputFile, TakesAPieceBackThatDoesNotFitWhole) {
     OutputFile file(path);
     setrlimit(RLIMIT_FSIZE, &limit);
     file.Write("1234567\n");
-    std::string const error = ErrorOf([&] { file.Write("abcdefg\n"); });
+    std::string const error = MessageOf<Error>([&] { file.Write("abcdefg\n"); });
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, before);
     EXPECT_EQ(error, "cannot write '" + path + "': File too large");

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/message_of.hpp"
+
 namespace qel::media::video {
 namespace {
 
@@ -111,14 +113,9 @@ TYPED_TEST(Frame, CallsNothingWithoutCallbacks) {
 }
 
 TYPED_TEST(Frame, RefusesOneCallbackWithoutTheOtherAndCallsNeither) {
-    auto const errorOf = [&](std::function<void()> ref, std::function<void()> unref) -> std::string {
-        try {
-            FrameBase<TypeParam>(this->Planes(), ColourFormat::Grey8, 4, 2, Noon, Rotation::None, std::move(ref),
-                                 std::move(unref));
-        } catch (std::invalid_argument const& error) {
-            return error.what();
-        }
-        return "nothing was thrown";
+    auto const errorOf = [&](std::function<void()> const& ref, std::function<void()> const& unref) {
+        return qel::test::MessageOf<std::invalid_argument>(
+            [&] { FrameBase<TypeParam>(this->Planes(), ColourFormat::Grey8, 4, 2, Noon, Rotation::None, ref, unref); });
     };
     std::string const message = "Must provide both a reference and unreference function, or neither";
     EXPECT_EQ(errorOf(this->Ref(), {}), message);

@@ -61,6 +61,18 @@ class CheckLayers(unittest.TestCase):
         self.assertEqual(check_tree(tree),
                          (1, "host/a.cpp:1: nobody includes plugins/motion/model.hpp (plugins are leaves)\n"))
 
+    def test_plugins_share_their_common_folder_and_nothing_else(self):
+        tree = {"plugins/common/a.hpp": "", "plugins/motion/model.hpp": "",
+                "plugins/motion/a.cpp": '#include "common/a.hpp"\n',
+                "plugins/mask/a.cpp": '#include "motion/model.hpp"\n',
+                "plugins/common/b.hpp": '#include "motion/model.hpp"\n', "host/a.cpp": '#include "common/a.hpp"\n'}
+        code, text = check_tree(tree)
+        self.assertEqual(code, 1)
+        self.assertEqual(text.splitlines(), [
+            "plugins/common/b.hpp:1: nobody includes motion/model.hpp (plugins are leaves)",
+            "plugins/mask/a.cpp:1: nobody includes motion/model.hpp (plugins are leaves)",
+            "host/a.cpp:1: nobody includes common/a.hpp (plugins are leaves)"])
+
     def test_the_generated_export_header_belongs_to_its_library(self):
         tree = {"platform/hash/a.cpp": '#include "qel/type/export.hpp"\n',
                 "src/bit_mask/a.cpp": '#include "qel/algorithm/export.hpp"\n'}

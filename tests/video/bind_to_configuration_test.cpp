@@ -16,6 +16,7 @@
 #include "qel/algorithm/video/registry/register.hpp"
 #include "qel/configuration/node/map.hpp"
 #include "qel/configuration/node/primitive.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::algorithm::video {
 namespace {
@@ -25,6 +26,7 @@ using configuration::node::Map;
 using configuration::node::Primitive;
 using hash::MurmurThree32;
 using object::Object;
+using qel::test::MessageOf;
 
 using Number = Primitive<std::int32_t>;
 
@@ -85,15 +87,6 @@ bool IsRegistryFree(std::chrono::milliseconds patience = std::chrono::seconds(30
         locked->set_value();
     }).detach();
     return done.wait_for(patience) == std::future_status::ready;
-}
-
-std::string OutOfRangeOf(auto const& action) {
-    try {
-        action();
-    } catch (std::out_of_range const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
 }
 
 TEST_F(BindToConfiguration, WithoutPropertiesGivesNoBindings) {
@@ -182,11 +175,13 @@ TEST_F(BindToConfiguration, HoldsNoOwnerOfTheEventAfterTheCall) {
 
 TEST_F(BindToConfiguration, WithoutAnEntryThrowsAndLeavesTheRegistryFree) {
     Algorithm stranger(MurmurThree32("test.stranger"), Type::Inplace, {});
-    EXPECT_EQ(OutOfRangeOf([&] { auto const bindings = stranger.BindToConfiguration(*map_); }), "unordered_map::at");
+    EXPECT_EQ(MessageOf<std::out_of_range>([&] { auto const bindings = stranger.BindToConfiguration(*map_); }),
+              "unordered_map::at");
     EXPECT_TRUE(IsRegistryFree());
     Algorithm const taken(std::move(stranger));
-    EXPECT_EQ(OutOfRangeOf([&] { auto const bindings = stranger.BindToConfiguration(*map_); }),  // NOLINT
-              "unordered_map::at");
+    EXPECT_EQ(
+        MessageOf<std::out_of_range>([&] { auto const bindings = stranger.BindToConfiguration(*map_); }),  // NOLINT
+        "unordered_map::at");
 }
 
 TEST_F(BindToConfiguration, HoldsTheRegistryWhileItBindsAndNotLater) {

@@ -12,6 +12,7 @@
 #include "qel/algorithm/video/inplace/algorithm.hpp"
 #include "qel/algorithm/video/registry/property.hpp"
 #include "qel/configuration/node/primitive.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::algorithm::video {
 namespace {
@@ -21,6 +22,7 @@ using configuration::node::Primitive;
 using hash::MurmurThree32;
 using property::Binder;
 using property::Schema;
+using qel::test::MessageOf;
 
 /// Pushes the algorithm away from the start of the object, so that a cast that forgets it goes wrong.
 struct Ballast {
@@ -51,15 +53,6 @@ Properties Make(std::shared_ptr<Algorithm> algorithm = std::make_shared<Dimmer>(
 
 /// Leaves properties moved-from.
 void Empty(Properties& properties) { Properties const taken(std::move(properties)); }
-
-std::string LogicErrorOf(auto const& action) {
-    try {
-        action();
-    } catch (std::logic_error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 TEST(VideoProperties, AreMovedAndNotCopied) {
     EXPECT_FALSE(std::is_copy_constructible_v<Properties>);
@@ -149,8 +142,8 @@ TEST(VideoProperties, OverANullAlgorithmAreFalse) {
     Properties const& constant = properties;
     constexpr char const* Text = "Could not dereference null Algorithm pointer";
     EXPECT_FALSE(properties);
-    EXPECT_EQ(LogicErrorOf([&] { properties.GetAlgorithm(); }), Text);
-    EXPECT_EQ(LogicErrorOf([&] { constant.GetAlgorithm(); }), Text);
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { properties.GetAlgorithm(); }), Text);
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { constant.GetAlgorithm(); }), Text);
     EXPECT_EQ(constant.GetAlgorithmPtr(), nullptr);
     EXPECT_EQ(properties.GetProperty("factor").GetName(), "factor");
     EXPECT_TRUE(properties == Make(nullptr));
@@ -163,11 +156,11 @@ TEST(VideoProperties, MovedFromAnswerTheCheapQueriesAndThrowOtherwise) {
     Properties const& constant = properties;
     EXPECT_FALSE(properties);
     EXPECT_EQ(constant.GetAlgorithmPtr(), nullptr);
-    EXPECT_EQ(LogicErrorOf([&] { properties.GetAlgorithm(); }), "Pimpl is null");
-    EXPECT_EQ(LogicErrorOf([&] { constant.GetAlgorithm(); }), "Pimpl is null");
-    EXPECT_EQ(LogicErrorOf([&] { properties.GetProperties(); }), "Pimpl is null");
-    EXPECT_EQ(LogicErrorOf([&] { constant.GetProperties(); }), "Pimpl is null");
-    EXPECT_EQ(LogicErrorOf([&] { constant.GetProperty("factor"); }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { properties.GetAlgorithm(); }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { constant.GetAlgorithm(); }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { properties.GetProperties(); }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { constant.GetProperties(); }), "Pimpl is null");
+    EXPECT_EQ(MessageOf<std::logic_error>([&] { constant.GetProperty("factor"); }), "Pimpl is null");
     Properties other = Make();
     Empty(other);
     EXPECT_TRUE(properties == other);

@@ -1,7 +1,6 @@
 #include "calibration/calibration_file.hpp"
 
 #include <filesystem>
-#include <functional>
 #include <random>
 #include <string_view>
 
@@ -9,27 +8,20 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "calibration/file.hpp"
 #include "error.hpp"
+#include "support/message_of.hpp"
 #include "support/temporary_directory.hpp"
+#include "whole_file.hpp"
 
 namespace qel::host::calibration {
 namespace {
 
 namespace fs = std::filesystem;
+using qel::test::MessageOf;
 using testing::HasSubstr;
 
-std::string ErrorOf(std::function<void()> const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
-
 std::string ErrorIn(std::string const& text) {
-    return ErrorOf([&] { ParseCalibration("c.json", text); });
+    return MessageOf<Error>([&] { ParseCalibration("c.json", text); });
 }
 
 std::size_t CountFiles(fs::path const& folder) {
@@ -162,11 +154,11 @@ TEST(CalibrationFile, IsReplacedBehindALink) {
 
 TEST(CalibrationFile, LeavesNothingBehindWhereItCannotBeWritten) {
     qel::test::TemporaryDirectory const directory;
-    EXPECT_EQ(ErrorOf([] { WriteCalibration("/no/such/c.json", {}); }),
+    EXPECT_EQ(MessageOf<Error>([] { WriteCalibration("/no/such/c.json", {}); }),
               "cannot write '/no/such/c.json': No such file or directory");
     fs::path const folder = directory.GetPath() / "c.json";
     fs::create_directories(folder / "full");
-    EXPECT_THAT(ErrorOf([&] { WriteCalibration(folder.string(), {}); }), HasSubstr("cannot write '"));
+    EXPECT_THAT(MessageOf<Error>([&] { WriteCalibration(folder.string(), {}); }), HasSubstr("cannot write '"));
     EXPECT_EQ(CountFiles(directory.GetPath()), 1U) << "the temporary file is gone";
 }
 

@@ -5,26 +5,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "calibration/file.hpp"
+#include "support/message_of.hpp"
 #include "support/temporary_directory.hpp"
+#include "whole_file.hpp"
 
 namespace qel::host::calibration {
 namespace {
 
+using qel::test::MessageOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::string ErrorOf(std::function<void()> const& action) {
-    try {
-        action();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
-
 std::string ErrorIn(std::string const& text, std::function<void(JsonDocument::Cursor const&)> const& action) {
-    return ErrorOf([&] {
+    return MessageOf<Error>([&] {
         JsonDocument const document("f.json", text);
         action(document.GetRoot());
     });
@@ -114,11 +107,12 @@ TEST(JsonDocument, ReadsFilesOfABoundedSize) {
     ReplaceFile(path, "[1]" + std::string(JsonDocument::MaximumSize - 3, ' '));
     EXPECT_NO_THROW(JsonDocument::Read(path));
     ReplaceFile(path, "[1]" + std::string(JsonDocument::MaximumSize - 2, ' '));
-    EXPECT_EQ(ErrorOf([&] { JsonDocument::Read(path); }),
+    EXPECT_EQ(MessageOf<Error>([&] { JsonDocument::Read(path); }),
               "cannot read '" + path + "': it is larger than 1048576 bytes");
-    EXPECT_EQ(ErrorOf([] { JsonDocument::Read("/no/such.json"); }),
+    EXPECT_EQ(MessageOf<Error>([] { JsonDocument::Read("/no/such.json"); }),
               "cannot read '/no/such.json': No such file or directory");
-    EXPECT_THAT(ErrorOf([&] { JsonDocument::Read(directory.GetPath().string()); }), HasSubstr("Is a directory"));
+    EXPECT_THAT(MessageOf<Error>([&] { JsonDocument::Read(directory.GetPath().string()); }),
+                HasSubstr("Is a directory"));
 }
 
 }  // namespace

@@ -7,24 +7,18 @@
 #include <gtest/gtest.h>
 
 #include "host/calibration/scene.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::host::calibration {
 namespace {
+
+using qel::test::MessageOf;
 
 using namespace test;
 
 constexpr Mounting<double> Camera{22, 3, 5, 50};
 constexpr Covariance Errors{
     {{0.09, 0.01, 0.01, 0.02}, {0.01, 0.16, 0, 0.01}, {0.01, 0, 0.01, -0.01}, {0.02, 0.01, -0.01, 0.25}}};
-
-std::string ErrorOf(std::function<void()> const& action) {
-    try {
-        action();
-    } catch (std::runtime_error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
-}
 
 TEST(Measurer, MeasuresByTheEngine) {
     Measurer const measurer({Camera, std::nullopt}, {768, 576});
@@ -53,15 +47,28 @@ TEST(Measurer, KnowsWhereAPixelLiesOnTheGround) {
 
 TEST(Measurer, SaysWhyItCannotMeasure) {
     Measurer const measurer({{5, 0, 5, 50}, std::nullopt}, Picture);
-    EXPECT_EQ(ErrorOf([&] { measurer.GetDistance({600, 100}, {600, 700}); }), "Point is not on the ground");
-    EXPECT_EQ(ErrorOf([&] { measurer.GetDistance({600, 700}, {600, 100}); }), "Point is not on the ground");
-    EXPECT_EQ(ErrorOf([&] { measurer.GetDistanceFromCamera({600, 100}); }), "Point is not on the ground");
-    EXPECT_EQ(ErrorOf([&] { measurer.GetHeight({600, 100}, 50); }), "Negative height") << "the engine's own reason";
-    EXPECT_EQ(ErrorOf([&] { measurer.GetGround({600, 100}); }), "Point is not on the ground");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] {
+                  measurer.GetDistance({600, 100}, {600, 700});
+              }),
+              "Point is not on the ground");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] {
+                  measurer.GetDistance({600, 700}, {600, 100});
+              }),
+              "Point is not on the ground");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] {
+                  measurer.GetDistanceFromCamera({600, 100});
+              }),
+              "Point is not on the ground");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] {
+                  measurer.GetHeight({600, 100}, 50);
+              }),
+              "Negative height")
+        << "the engine's own reason";
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { measurer.GetGround({600, 100}); }), "Point is not on the ground");
     Pixel const far = Project({5, 0, 5, 50}, Picture, 0, 700);
-    EXPECT_EQ(ErrorOf([&] { measurer.GetHeight(far, 5); }), "Target is too far");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { measurer.GetHeight(far, 5); }), "Target is too far");
     Measurer const turned({{90, 180, 8, 60}, std::nullopt}, Picture);
-    EXPECT_EQ(ErrorOf([&] { turned.GetHeight({600, 400}, 50); }), "Negative height");
+    EXPECT_EQ(MessageOf<std::runtime_error>([&] { turned.GetHeight({600, 400}, 50); }), "Negative height");
 }
 
 /// Standard deviation of a length over cameras and clicks drawn from their errors.

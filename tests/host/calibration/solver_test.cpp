@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "host/calibration/scene.hpp"
+#include "support/message_of.hpp"
 
 namespace qel::host::calibration {
 namespace {
@@ -61,15 +62,6 @@ std::vector<Finding> GetReasons(Problem const& problem) {
         return error.GetReasons();
     }
     return {};
-}
-
-std::string ErrorOf(std::function<void()> const& action) {
-    try {
-        action();
-    } catch (std::exception const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
 }
 
 TEST(Solver, FindsTheCameraThatExactReferencesWereSeenBy) {
@@ -207,13 +199,13 @@ TEST(Solver, EnlargesItsErrorsWhenTheReferencesDisagree) {
 TEST(Solver, RefusesTooFewReferences) {
     Problem problem = MakeExact();
     problem.references.resize(3);
-    EXPECT_EQ(ErrorOf([&] { Solve(problem); }),
+    EXPECT_EQ(qel::test::MessageOf<Error>([&] { Solve(problem); }),
               "too few references: 4 parameters are free (tilt, roll, height_m, vertical_fov) and 3 references are "
               "given: add references, or hold parameters fixed");
     EXPECT_EQ(GetKinds(GetReasons(problem)), std::vector{Kind::TooFew});
     problem.fixed = {std::nullopt, 0, std::nullopt, 48};
     problem.references.resize(1);
-    EXPECT_EQ(ErrorOf([&] { Solve(problem); }),
+    EXPECT_EQ(qel::test::MessageOf<Error>([&] { Solve(problem); }),
               "too few references: 2 parameters are free (tilt, height_m) and 1 reference is given: add references, or "
               "hold parameters fixed");
     problem.references.clear();
@@ -338,7 +330,7 @@ TEST(Solver, RefusesProblemsThatMakeNoSense) {
         SCOPED_TRACE(c.error);
         Problem problem = MakeExact();
         c.spoil(problem);
-        EXPECT_EQ(ErrorOf([&] { Solve(problem); }), c.error);
+        EXPECT_EQ(qel::test::MessageOf<Error>([&] { Solve(problem); }), c.error);
         EXPECT_THROW(Solve(problem), UsageError);
     }
 }

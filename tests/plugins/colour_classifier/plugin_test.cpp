@@ -1,6 +1,5 @@
 // The plug-in as a host meets it: loaded, registered, configured, published, bound.
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,45 +8,27 @@
 
 #include "colour_classifier.hpp"
 #include "picture_frame.hpp"
-#include "qel/algorithm/video/plugin/loader.hpp"
-#include "qel/algorithm/video/registry/get.hpp"
+#include "plugins/plugin_test_base.hpp"
+#include "qel/algorithm/video/passthrough/algorithm.hpp"
 #include "qel/configuration/json.hpp"
-#include "qel/configuration/node/map.hpp"
 
 namespace qel::colour_classifier {
 namespace {
 
 namespace video = algorithm::video;
-using configuration::node::Map;
 using testing::ElementsAre;
 using Names = std::vector<std::string>;
 
-class ColourClassifierPlugin : public testing::Test {
+class ColourClassifierPlugin : public test::PluginTest<video::passthrough::Algorithm> {
 protected:
-    ColourClassifierPlugin() {
-        static video::plugin::Loader const loader;
-        root_->Insert(map_);
-        auto const registry = video::registry::Get().GetMap();
-        video::registry::Info const& info = registry->at(hash::MurmurThree32("qel.algorithm.video.ColourClassifier"));
-        info.CreateConfigNodes(manager_, map_);
-        algorithm_ = std::dynamic_pointer_cast<video::passthrough::Algorithm>(info.GetMake()(manager_));
-    }
-
-    inference::backend::Manager manager_;
-    std::shared_ptr<Map> root_ = Map::Make("");
-    std::shared_ptr<Map> map_ = Map::Make("ColourClassifier");
-    std::shared_ptr<video::passthrough::Algorithm> algorithm_;
+    ColourClassifierPlugin() : PluginTest("qel.algorithm.video.ColourClassifier") {}
 };
 
-TEST_F(ColourClassifierPlugin, MakesANodeForEachProperty) {
+TEST_F(ColourClassifierPlugin, RegistersItsAlgorithmAndMakesANodeForEachProperty) {
     ASSERT_NE(algorithm_, nullptr);
-    Names names;
-    for (auto const& node : map_->GetChildren()) {
-        names.push_back(node->GetName());
-        EXPECT_NE(node->GetDescription(), "") << node->GetName();
-    }
-    EXPECT_THAT(names, ElementsAre("most_colours", "smallest_share", "smallest_shade_share", "rim", "neutral_chroma",
-                                   "exposure"));
+    EXPECT_EQ(algorithm_->GetTypeNameId(), hash::MurmurThree32("qel.algorithm.video.ColourClassifier"));
+    EXPECT_THAT(GetPropertyNames(), ElementsAre("most_colours", "smallest_share", "smallest_shade_share", "rim",
+                                                "neutral_chroma", "exposure"));
 }
 
 TEST_F(ColourClassifierPlugin, PublishesItsColours) {

@@ -72,18 +72,5 @@ TEST(Halve, SetsAPixelWhereAnyOfItsFourIs) {
     }
 }
 
-TEST(ClearPadding, KeepsThePixels) {
-    for (unsigned int width : {1U, 31U, 32U, 33U, 64U, 65U}) {
-        BitMask mask({width, 2});
-        mask.Fill(1);
-        ClearPadding(mask);
-        for (std::size_t y = 0; y < 2; ++y) {
-            for (std::size_t x = 0; x < 32 * mask.GetStride(); ++x) ASSERT_EQ(IsSet(mask, x, y), x < width);
-        }
-    }
-    BitMask empty;
-    ClearPadding(empty);
-}
-
 }  // namespace
 }  // namespace qel::privacy_mask

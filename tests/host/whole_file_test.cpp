@@ -1,4 +1,4 @@
-#include "calibration/file.hpp"
+#include "whole_file.hpp"
 
 #include <array>
 #include <cerrno>
@@ -13,7 +13,7 @@
 
 #include "support/temporary_directory.hpp"
 
-namespace qel::host::calibration {
+namespace qel::host {
 namespace {
 
 /// A process that replaces a file again and again, now with the one content and now with the other, until it is killed.
@@ -59,4 +59,4 @@ TEST(ReplaceFile, LeavesTheOldContentOrTheNewOneWheneverItIsKilled) {
 }
 
 }  // namespace
-}  // namespace qel::host::calibration
+}  // namespace qel::host

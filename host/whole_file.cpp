@@ -1,39 +1,23 @@
-#include "calibration/file.hpp"
+#include "whole_file.hpp"
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "error.hpp"
+#include "qel/system/descriptor.hpp"
 
-namespace qel::host::calibration {
+namespace qel::host {
 namespace {
 
 [[noreturn]] void Fail(char const* what, std::string const& path, int error) {
     throw Error(std::string("cannot ") + what + " '" + path + "': " + std::strerror(error));
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int value) : value_(value) {}
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    ~Descriptor() {
-        if (value_ >= 0) close(value_);
-    }
-
-    int Get() const { return value_; }
-    int Close() { return close(std::exchange(value_, -1)); }
-
-private:
-    int value_;
-};
 
 bool WriteAll(int descriptor, std::string_view content) {
     while (!content.empty()) {
@@ -57,15 +41,15 @@ mode_t GetMode(std::string const& path) {
 /// Makes the change of a name last; best effort, as not every file system lets a folder be opened.
 void SyncFolder(std::filesystem::path const& file) {
     std::filesystem::path const folder = file.has_parent_path() ? file.parent_path() : ".";
-    Descriptor const descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor.Get() >= 0) fsync(descriptor.Get());
+    system::Descriptor const descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor) fsync(descriptor.Get());
 }
 
 }  // namespace
 
 std::string ReadFile(std::string const& path, std::size_t maximumSize) {
-    Descriptor const descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (descriptor.Get() < 0) Fail("read", path, errno);
+    system::Descriptor const descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!descriptor) Fail("read", path, errno);
     std::string content;
     char buffer[4096];
     for (;;) {
@@ -86,10 +70,10 @@ void ReplaceFile(std::string const& path, std::string_view content) {
     std::filesystem::path const resolved = std::filesystem::weakly_canonical(path, ignored);
     std::string const target = resolved.empty() ? path : resolved.string();
     std::string temporary = target + ".XXXXXX";
-    Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));
-    if (descriptor.Get() < 0) Fail("write", path, errno);
+    system::Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));
+    if (!descriptor) Fail("write", path, errno);
     bool const stored = WriteAll(descriptor.Get(), content) && fchmod(descriptor.Get(), GetMode(target)) == 0 &&
-                        fsync(descriptor.Get()) == 0 && descriptor.Close() == 0 &&
+                        fsync(descriptor.Get()) == 0 && descriptor.Close() &&
                         std::rename(temporary.c_str(), target.c_str()) == 0;
     if (!stored) {
         int const error = errno;
@@ -99,4 +83,4 @@ void ReplaceFile(std::string const& path, std::string_view content) {
     SyncFolder(target);
 }
 
-}  // namespace qel::host::calibration
+}  // namespace qel::host

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace qel::host::calibration {
+namespace qel::host {
 
 /// The whole of a file of at most so many bytes. Throws Error with the path and the reason.
 std::string ReadFile(std::string const& path, std::size_t maximumSize);
@@ -13,4 +13,4 @@ std::string ReadFile(std::string const& path, std::size_t maximumSize);
 /// whole. Throws Error with the path and the reason.
 void ReplaceFile(std::string const& path, std::string_view content);
 
-}  // namespace qel::host::calibration
+}  // namespace qel::host
