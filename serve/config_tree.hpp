@@ -64,9 +64,10 @@ public:
     /// The JSON schema of any stream, with no settings in it.
     static boost::json::object MakeStreamSchema();
 
-private:
+    /// One run of Prepare.
     class Preparation;
 
+private:
     host::Runtime& runtime_;
     AlgorithmTable table_;
     std::shared_ptr<configuration::node::Map> streams_;

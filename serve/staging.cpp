@@ -172,7 +172,9 @@ void Staging::StageValue(Node& node, std::string const& path, Layers const& now,
         if (wanted.value == nullptr) {
             isChanged = !configuration::json::Stage(node, configuration::json::Defaults(node)).empty();
         } else {
-            if (auto const fault = FindTextFault(*wanted.value); !fault.empty()) return Refuse(path, fault);
+            if (auto fault = FindTextFault(*wanted.value); !fault.empty()) {
+                return RefuseIn(wanted.layer, {path, std::move(fault)});
+            }
             CheckRange(node, *wanted.value);
             isChanged = !configuration::json::Stage(node, Wrap(node, *wanted.value)).empty();
         }
@@ -180,14 +182,15 @@ void Staging::StageValue(Node& node, std::string const& path, Layers const& now,
     } catch (std::bad_alloc const&) {
         throw;  // not the document's fault
     } catch (std::exception const& error) {
-        Fault fault = ToFault(error.what(), node, path);
-        if (wanted.layer == 0) return Refuse(std::move(fault.path), std::move(fault.reason));
-        if (inherited_.size() < MaximumFaults) inherited_.push_back(std::move(fault));
+        RefuseIn(wanted.layer, ToFault(error.what(), node, path));
     }
 }
 
-void Staging::Refuse(std::string path, std::string reason) {
-    if (faults_.size() < MaximumFaults) faults_.push_back({std::move(path), std::move(reason)});
+void Staging::Refuse(std::string path, std::string reason) { RefuseIn(0, {std::move(path), std::move(reason)}); }
+
+void Staging::RefuseIn(std::size_t layer, Fault fault) {
+    auto& faults = layer == 0 ? faults_ : inherited_;
+    if (faults.size() < MaximumFaults) faults.push_back(std::move(fault));
 }
 
 void Staging::Finish() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,8 @@ public:
 private:
     void RefuseUnknown(configuration::node::Map const& map, std::string const& path,
                        boost::json::object const& members);
+    /// Refuses a value of a layer.
+    void RefuseIn(std::size_t layer, Fault fault);
     void StageValue(configuration::Node& node, std::string const& path, Layers const& now, Layers const& before);
 
     std::vector<Fault> faults_;
