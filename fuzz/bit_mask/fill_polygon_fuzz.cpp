@@ -22,6 +22,17 @@ Polygon Any(fuzz::Input& input, int grid) {
     return polygon;
 }
 
+/// Points so close that many sides pass next to them.
+Polygon Thicket(fuzz::Input& input) {
+    Polygon polygon;
+    unsigned int const width = input.Byte() % 16 + 2U;
+    for (unsigned int count = input.Byte() % 15; count > 0; --count) {
+        int const x = static_cast<int>(input.Byte() % width) - 8;
+        polygon.push_back({x, static_cast<int>(input.Byte()) - 64});
+    }
+    return polygon;
+}
+
 /// Points round a middle, in order: most of these cross themselves nowhere.
 Polygon Star(fuzz::Input& input, int grid) {
     Polygon polygon;
@@ -45,7 +56,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     unsigned int const shapes = input.Byte();
     std::vector<Polygon> polygons(shapes % 5);
     int const grid = input.Byte() % 2 == 0 ? 1 : 16;
-    for (auto& polygon : polygons) polygon = shapes < 160 ? Any(input, grid) : Star(input, grid);
+    for (auto& polygon : polygons) {
+        polygon = shapes < 100 ? Any(input, grid) : shapes < 180 ? Star(input, grid) : Thicket(input);
+    }
     algorithm::BitMask const expected = reference::FillPolygonSet(mask, polygons, value);
     algorithm::bit_mask::detail::FillPolygonSet(mask, polygons, value);
     fuzz::Check(mask == expected, "FillPolygonSet");

@@ -10,6 +10,7 @@
 
 #include <boost/polygon/polygon.hpp>
 
+#include "bit_mask/cut_sides.hpp"
 #include "bit_mask/simple_trapezoids.hpp"
 
 namespace boost::polygon {
@@ -29,16 +30,6 @@ struct point_traits<qel::geometry::Point<int, 2>> {
 };
 
 template <>
-struct point_mutable_traits<qel::geometry::Point<int, 2>> {
-    using coordinate_type = int;
-
-    static void set(qel::geometry::Point<int, 2>& point, orientation_2d axis, int value) {
-        (axis == HORIZONTAL ? point.x : point.y) = value;
-    }
-    static qel::geometry::Point<int, 2> construct(int x, int y) { return {x, y}; }
-};
-
-template <>
 struct geometry_concept<qel::geometry::Polygon<int>> {
     using type = polygon_concept;
 };
@@ -53,17 +44,6 @@ struct polygon_traits<qel::geometry::Polygon<int>> {
     static iterator_type end_points(qel::geometry::Polygon<int> const& polygon) { return polygon.end(); }
     static std::size_t size(qel::geometry::Polygon<int> const& polygon) { return polygon.size(); }
     static winding_direction winding(qel::geometry::Polygon<int> const&) { return unknown_winding; }
-};
-
-template <>
-struct polygon_mutable_traits<qel::geometry::Polygon<int>> {
-    template <class Iterator>
-    static qel::geometry::Polygon<int>& set_points(qel::geometry::Polygon<int>& polygon, Iterator first,
-                                                   Iterator last) {
-        polygon = {};
-        for (; first != last; ++first) polygon.push_back({x(*first), y(*first)});
-        return polygon;
-    }
 };
 
 }  // namespace boost::polygon
@@ -122,8 +102,6 @@ std::vector<std::size_t> GetGroups(boost::span<Polygon<int> const> polygons) {
     return groups;
 }
 
-using Region = boost::polygon::polygon_set_data<int>;
-
 /// Goes through as many combinations as polygons from elsewhere would have meant. Each rounds the region's own
 /// crossings anew, which can move them once more, until one changes nothing.
 void Settle(Region& region, std::size_t rounds) {
@@ -147,31 +125,18 @@ Region Combine(boost::span<Polygon<int> const> polygons, boost::span<std::size_t
     return region;
 }
 
-/// The span of the first count points at a height; there is one at least.
-Span GetSpan(Polygon<int> const& polygon, std::size_t count, int y) {
-    Span span{0, -1};
-    for (std::size_t i = 0; i < count; ++i) {
-        if (polygon[i].y != y) continue;
-        bool const first = span.right < span.left;
-        span.left = first ? polygon[i].x : std::min(span.left, polygon[i].x);
-        span.right = first ? polygon[i].x : std::max(span.right, polygon[i].x);
+/// The region with x and y swapped, cleaned before and after, as Boost.Polygon does before it cuts along level lines.
+Region Swap(Region const& region) {
+    region.clean();
+    Region swapped;
+    for (auto const& [ends, count] : region) {
+        auto const& [a, b] = ends;
+        // A mirror image turns the other way round. Upright sides count the other way as well: they are level now.
+        bool const straight = a.x() == b.x() || a.y() == b.y();
+        swapped.insert(Region::element_type({{a.y(), a.x()}, {b.y(), b.x()}}, straight ? count : -count));
     }
-    return span;
-}
-
-void AppendTrapezoids(Region const& region, std::vector<Trapezoid>& trapezoids) {
-    std::vector<Polygon<int>> polygons;
-    region.get_trapezoids(polygons, boost::polygon::HORIZONTAL);
-    for (Polygon<int> const& polygon : polygons) {
-        // The last point repeats the first.
-        std::size_t const count = std::max<std::size_t>(polygon.size(), 1) - 1;
-        if (count < 3) continue;
-        auto const [lowest, highest] =
-            std::minmax_element(polygon.begin(), polygon.begin() + static_cast<std::ptrdiff_t>(count),
-                                [](auto const& a, auto const& b) { return a.y < b.y; });
-        trapezoids.push_back(
-            {lowest->y, highest->y, GetSpan(polygon, count, lowest->y), GetSpan(polygon, count, highest->y)});
-    }
+    swapped.clean();
+    return swapped;
 }
 
 }  // namespace
@@ -187,7 +152,8 @@ std::vector<Trapezoid> GetTrapezoids(boost::span<Polygon<int> const> polygons) {
     for (std::size_t first = 0, end = 0; first < order.size(); first = end) {
         while (end < order.size() && groups[order[end]] == groups[order[first]]) ++end;
         if (end - first == 1 && simple.Append(polygons[order[first]], trapezoids)) continue;
-        AppendTrapezoids(Combine(polygons, {order.data() + first, end - first}), trapezoids);
+        Region const region = Swap(Combine(polygons, {order.data() + first, end - first}));
+        AppendTrapezoids(region.value(), trapezoids);
     }
     return trapezoids;
 }

@@ -233,6 +233,20 @@ TEST(FillPolygonSet, RoundsCrossingsAsOftenAsPolygonsFollow) {
     }
 }
 
+TEST(FillPolygonSet, DrawsASetThatBoostPolygonCrashesOn) {
+    // The second polygon, left of column 0, has sides that pass next to corners of others.
+    Polygons const polygons{
+        Box(16, 16, 160, 160),
+        {{-50, 300}, {-84, 266}, {-82, 266}, {-77, 267}, {-70, 269}, {-39, 287}, {-46, 302}, {-36, 289},
+         {-33, 292}, {-44, 303}, {-16, 308}, {-44, 304}, {-43, 305}, {-2, 330},  {-1, 333},  {-43, 306},
+         {-43, 306}, {-5, 340},  {-44, 306}, {-45, 306}, {-44, 326}, {-45, 326}, {-46, 325}, {-47, 305},
+         {-50, 322}, {-53, 320}, {-47, 304}, {-58, 316}, {-67, 308}, {-68, 308}, {-69, 307}, {-71, 305},
+         {-73, 302}, {-49, 303}, {-49, 302}, {-91, 278}, {-91, 275}, {-50, 301}, {-50, 301}, {-50, 301}}};
+    BitMask const mask = Fill({20, 30}, polygons);
+    EXPECT_EQ(mask, reference::FillPolygonSet(BitMask({20, 30}), polygons, 1));
+    EXPECT_TRUE(reference::Get(mask, 5, 5));
+}
+
 TEST(FillPolygons, RoundsPixelsToSixteenths) {
     BitMask mask({40, 20});
     PixelPolygons const polygons{{{0.47, -0.53125}, {2.4, -0.53125}, {2.4, 2.46875}, {0.47, 2.46875}}};

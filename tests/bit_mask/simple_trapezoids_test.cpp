@@ -215,5 +215,48 @@ TEST(GetTrapezoids, GivesThoseOfOneCombination) {
     }
 }
 
+/// Corners on a grid so narrow that many sides pass next to them, left of column 0 as well.
+Polygons RandomThicket(std::mt19937& random) {
+    Polygons polygons(reference::Draw(random, 1, 2));
+    unsigned int const height = reference::Draw(random, 20, 400), width = reference::Draw(random, 2, 13);
+    for (auto& polygon : polygons) {
+        for (unsigned int count = reference::Draw(random, 4, 15); count > 0; --count) {
+            int const x = static_cast<int>(random() % width) - static_cast<int>(width / 2);
+            polygon.push_back({x, static_cast<int>(random() % height) - static_cast<int>(height / 2)});
+        }
+    }
+    return polygons;
+}
+
+TEST(GetTrapezoids, GivesThoseOfCrowdedCorners) {
+    std::mt19937 random(65);
+    for (int i = 0; i < 200; ++i) {
+        Polygons const polygons = RandomThicket(random);
+        ASSERT_EQ(Sorted(GetTrapezoids(polygons)), OfBoost(polygons)) << i;
+    }
+}
+
+TEST(GetTrapezoids, AreGivenWhereBoostPolygonCrashes) {
+    Polygons const sets[] = {{{{-4, -31}, {1, 91}, {-3, -37}, {6, 63}, {-2, 20}, {5, 96}, {-5, -69}},
+                              {{-1, -52}, {-2, 97}, {-6, -83}, {0, 37}, {2, -93}}},
+                             {{{-3, -12}, {-4, -32}, {-3, -26}},
+                              {{2, 29},
+                               {-3, -36},
+                               {-2, 26},
+                               {3, -30},
+                               {-4, -28},
+                               {1, -3},
+                               {2, -41},
+                               {0, 21},
+                               {2, 17},
+                               {-3, -35},
+                               {-2, -24}}}};
+    for (Polygons const& polygons : sets) {
+        Trapezoids const trapezoids = GetTrapezoids(polygons);
+        EXPECT_GT(trapezoids.size(), 15U);
+        EXPECT_EQ(Sorted(trapezoids), OfBoost(polygons));
+    }
+}
+
 }  // namespace
 }  // namespace qel::algorithm::bit_mask

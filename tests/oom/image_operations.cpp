@@ -182,8 +182,8 @@ Operations PolygonOperations() {
     };
     return {
         fill("FillPolygonsConvex", {convex}),
-        fill("FillPolygonsCrossing", {crossing}, "Boost.Polygon"),
-        fill("FillPolygonsSeveral", {convex, crossing, ring}, "Boost.Polygon"),
+        fill("FillPolygonsCrossing", {crossing}),
+        fill("FillPolygonsSeveral", {convex, crossing, ring}),
         MakeOperation(
             "bit_mask/FillPolygonsRefused", Promise::Strong,
             [] {

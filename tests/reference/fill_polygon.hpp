@@ -1,10 +1,16 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <stdexcept>
 #include <vector>
 
 #include <boost/polygon/polygon.hpp>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "qel/algorithm/bit_mask.hpp"
 #include "qel/geometry/polygon.hpp"
@@ -12,10 +18,12 @@
 
 namespace qel::reference {
 
-/// The trapezoids of the polygons' region, with Boost.Polygon's own types.
-inline std::vector<boost::polygon::polygon_data<int>> Trapezoids(std::vector<geometry::Polygon<int>> const& polygons) {
+using Region = boost::polygon::polygon_set_data<int>;
+using Trapezoid = boost::polygon::polygon_data<int>;
+
+inline Region Combine(std::vector<geometry::Polygon<int>> const& polygons) {
     using namespace boost::polygon::operators;
-    boost::polygon::polygon_set_data<int> region;
+    Region region;
     for (geometry::Polygon<int> const& polygon : polygons) {
         std::vector<boost::polygon::point_data<int>> points;
         for (auto const& point : polygon) points.emplace_back(point.x, point.y);
@@ -23,8 +31,88 @@ inline std::vector<boost::polygon::polygon_data<int>> Trapezoids(std::vector<geo
         data.set(points.begin(), points.end());
         region ^= data;
     }
-    std::vector<boost::polygon::polygon_data<int>> trapezoids;
+    return region;
+}
+
+/// The trapezoids of a region, with Boost.Polygon's own types.
+inline std::vector<Trapezoid> Cut(Region const& region) {
+    std::vector<Trapezoid> trapezoids;
     region.get_trapezoids(trapezoids, boost::polygon::HORIZONTAL);
+    return trapezoids;
+}
+
+/// Whether a side passes next to a corner on its left, among negative columns: what Boost.Polygon may mix up.
+inline bool MayBeMixedUp(Region const& region) {
+    for (auto const& element : region) {
+        for (auto const& corner : {element.first.first, element.first.second}) {
+            for (auto const& side : region) {
+                auto const &a = side.first.first, &b = side.first.second;
+                int const bottom = std::min(a.y(), b.y()), top = std::max(a.y(), b.y());
+                if (bottom == top || corner.x() > 0 || corner.y() < bottom || corner.y() > top) continue;
+                double const along = (1.0 * corner.y() - a.y()) / (1.0 * b.y() - a.y());
+                double const distance = corner.x() - (a.x() + along * (1.0 * b.x() - a.x()));
+                if (distance > 0 && distance < 2) return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// Cut in a process of its own, where Boost.Polygon may crash and lose memory; nothing when it does crash.
+inline std::optional<std::vector<Trapezoid>> CutApart(Region const& region) {
+    int ends[2];
+    if (pipe(ends) != 0) throw std::runtime_error("No pipe for Boost.Polygon's trapezoids");
+    pid_t const child = fork();
+    if (child < 0) throw std::runtime_error("No process for Boost.Polygon");
+    if (child == 0) {
+        close(STDERR_FILENO);  // of a crash nobody reads
+        std::FILE* const out = fdopen(ends[1], "wb");
+        for (Trapezoid const& trapezoid : Cut(region)) {
+            for (auto const& point : trapezoid) {
+                int const numbers[] = {static_cast<int>(trapezoid.size()), point.x(), point.y()};
+                std::fwrite(numbers, sizeof numbers, 1, out);
+            }
+        }
+        _exit(std::fflush(out));
+    }
+    close(ends[1]);
+    std::FILE* const in = fdopen(ends[0], "rb");
+    std::vector<Trapezoid> trapezoids;
+    std::vector<boost::polygon::point_data<int>> points;
+    for (int numbers[3]; std::fread(numbers, sizeof numbers, 1, in) == 1;) {
+        points.emplace_back(numbers[1], numbers[2]);
+        if (points.size() < static_cast<std::size_t>(numbers[0])) continue;
+        trapezoids.emplace_back(points.begin(), points.end());
+        points.clear();
+    }
+    std::fclose(in);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {}
+    if (status != 0) return std::nullopt;
+    return trapezoids;
+}
+
+/// A region that begins this many columns further right.
+inline Region Move(Region const& region, int columns) {
+    Region moved;
+    for (auto const& [ends, count] : region) {
+        auto const& [a, b] = ends;
+        moved.insert(Region::element_type({{a.x() + columns, a.y()}, {b.x() + columns, b.y()}}, count));
+    }
+    return moved;
+}
+
+/// The trapezoids of the polygons' region. Boost.Polygon can crash where columns are negative; then those that it cuts
+/// further right, moved back.
+inline std::vector<Trapezoid> Trapezoids(std::vector<geometry::Polygon<int>> const& polygons) {
+    Region const region = Combine(polygons);
+    region.clean();
+    if (!MayBeMixedUp(region)) return Cut(region);
+    if (auto const trapezoids = CutApart(region)) return *trapezoids;
+    int left = 0;
+    for (auto const& element : region) left = std::min({left, element.first.first.x(), element.first.second.x()});
+    std::vector<Trapezoid> trapezoids = Cut(Move(region, -left));
+    for (Trapezoid& trapezoid : trapezoids) boost::polygon::move(trapezoid, boost::polygon::HORIZONTAL, left);
     return trapezoids;
 }
 

@@ -20,7 +20,8 @@ namespace detail {
 
 /// The same with corners in sixteenths of a pixel. Self-crossing polygons are what Boost.Polygon makes of them.
 /// Requires products of a column and a number of rows, both in sixteenths, within 32 bits; beyond that some pixels of
-/// the mask are drawn wrongly. Throws std::bad_alloc, with the mask possibly half drawn.
+/// the mask are drawn wrongly. Throws std::runtime_error, with nothing drawn, should Boost.Polygon combine them to
+/// sides that meet between corners (never seen), and std::bad_alloc, with the mask possibly half drawn.
 QEL_ALGORITHM_EXPORT void FillPolygonSet(BitMask& mask, boost::span<geometry::Polygon<int> const> polygons,
                                          unsigned int value);
 
