@@ -58,15 +58,19 @@ std::shared_ptr<Node> Vector::MakeElement(std::string name, object::Object const
     return schema_.Make(std::move(name), *converted);
 }
 
-void Vector::Add(std::vector<Change> changes) {
+Node::Nodes Vector::MakeElements(std::vector<Change> changes, std::size_t index) const {
     std::string const path = GetPath();
-    std::size_t index = GetSize();
     Nodes elements;
     for (Change& change : changes) {
         std::string const elementPath = path + '[' + std::to_string(index++) + ']';
         if (!change.value) throw std::invalid_argument(elementPath + ": there is no value to add");
         elements.push_back(MakeElement(std::move(change.name), *change.value, elementPath));
     }
+    return elements;
+}
+
+void Vector::Add(std::vector<Change> changes) {
+    Nodes const elements = MakeElements(std::move(changes), GetSize());
     Nodes const self{GetPtr()};
     auto const now = std::chrono::system_clock::now();
     {
@@ -76,6 +80,21 @@ void Vector::Add(std::vector<Change> changes) {
         SetTimestampLocked(now);
     }
     if (!elements.empty()) FireAll(self);
+}
+
+void Vector::Replace(std::vector<Change> changes) {
+    // Holds the former ones afterwards, which go when no lock is held.
+    Nodes elements = MakeElements(std::move(changes), 0);
+    Nodes const self{GetPtr()};
+    auto const now = std::chrono::system_clock::now();
+    {
+        TreeLock const lock;
+        CheckNotFrozenLocked();
+        if (AreCurrentLocked(elements)) return;
+        ReplaceChildrenLocked(elements);
+        SetTimestampLocked(now);
+    }
+    FireAll(self);
 }
 
 void Vector::Schema(cereal::JSONOutputArchive& archive) const {
@@ -112,7 +131,10 @@ void Vector::WriteData(cereal::JSONOutputArchive& archive, Which which) const {
 void Vector::CheckLocked(object::Object const&) const { CheckNotFrozenLocked(); }
 
 bool Vector::IsCurrentLocked(object::Object const& value) const noexcept {
-    Nodes const& others = static_cast<Elements const&>(value).nodes;
+    return AreCurrentLocked(static_cast<Elements const&>(value).nodes);
+}
+
+bool Vector::AreCurrentLocked(Nodes const& others) const noexcept {
     // Elements are values: nothing else is ever made one.
     auto const isEqual = [](auto const& left, auto const& right) {
         return static_cast<Value const&>(*left).IsEqualLocked(static_cast<Value const&>(*right));

@@ -62,6 +62,11 @@ private:
 /// The properties of the algorithm: names, what they do, ranges, defaults.
 std::vector<configuration::Property> const& Properties();
 
+/// Creates the nodes of the properties under a map, and publishes the descriptor in the tree that the map is part of:
+/// whenever a version of the default model has been loaded, the classes become its labels. Throws as
+/// what registry::CreateNodes makes.
+void CreateNodes(inference::backend::Manager& manager, std::shared_ptr<configuration::Node> const& node);
+
 /// The descriptor of the algorithm: its classes are the labels that lie beside the default model now; none where there
 /// are none that can be read.
 std::shared_ptr<algorithm::info::Base> Describe(configuration::Node& root);

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "classifier.hpp"
-#include "qel/algorithm/video/registry/publish.hpp"
 
 namespace qel::classifier {
 namespace {
@@ -14,7 +13,7 @@ namespace registry = algorithm::video::registry;
 [[maybe_unused]] bool const Registered =
     registry::Register({hash::MurmurThree32(TypeName), TypeName,
                         [](inference::backend::Manager& manager) { return std::make_shared<Classifier>(manager); },
-                        Properties, registry::CreateNodes(Properties, Describe)});
+                        Properties, CreateNodes});
 
 }  // namespace
 }  // namespace qel::classifier

@@ -52,6 +52,52 @@ TEST(Vector, AppendsTheElementsThatAreAdded) {
     EXPECT_EQ(json::Data(*vector), R"({"classes": ["car","person","dog"]})");
 }
 
+TEST(Vector, ReplacesItsElementsInOneStepAndFires) {
+    auto const vector = Vector::Make("classes", "", Options(10), Schema("classes[*]", "A class", Options(10)));
+    vector->Add({{"", "car"}, {"", "person"}, {"", "dog"}});
+    auto const former = vector->Find(0);
+    std::vector<std::string> told;
+    auto const binding = vector->Bind([&](auto const&) { told.push_back(json::Data(*vector)); });
+    vector->Replace({{"", "cat"}, {"named", "person"}});
+    EXPECT_EQ(told, std::vector<std::string>{R"({"classes": ["cat","person"]})"});
+    EXPECT_EQ(former->GetParent(), nullptr);
+    EXPECT_EQ(vector->Find(0)->GetParent(), vector);
+    EXPECT_EQ(vector->Find(0)->GetDescription(), "A class");
+    EXPECT_EQ(vector->Find(1)->GetName(), "named");
+    vector->Replace({});
+    EXPECT_EQ(vector->GetSize(), 0U);
+    EXPECT_EQ(told.size(), 2U);
+}
+
+TEST(Vector, ReplacesNothingByTheSameValues) {
+    auto const vector = MakeNumbers();
+    vector->Add({{"", 1.0}, {"", 2.0}});
+    auto const first = vector->Find(0);
+    int told = 0;
+    auto const binding = vector->Bind([&](auto const&) { ++told; });
+    vector->Replace({{"", 1.0}, {"", "2"}});
+    EXPECT_EQ(vector->Find(0), first);
+    EXPECT_EQ(told, 0);
+    vector->Replace({{"", 2.0}, {"", 1.0}});
+    EXPECT_EQ(told, 1);
+}
+
+TEST(Vector, ReplacesAllOrNothing) {
+    auto const vector = MakeNumbers();
+    vector->Add({{"", 1.0}});
+    EXPECT_EQ(MessageOf<std::out_of_range>([&] {
+                  vector->Replace({{"", 2.0}, {"", 11.0}});
+              }),
+              "numbers[1]: the value 11 is out of the range 0 to 10");
+    EXPECT_EQ(MessageOf<std::invalid_argument>([&] {
+                  vector->Replace({{"", 2.0}, {"", nullptr}});
+              }),
+              "numbers[1]: there is no value to add");
+    vector->Freeze(Freeze(0));
+    EXPECT_THROW(vector->Replace({{"", 3.0}}), std::logic_error);
+    EXPECT_EQ(json::Data(*vector), R"({"numbers": [1.0]})");
+}
+
 TEST(Vector, GivesElementsTheTypeOfTheirSchema) {
     auto const vector = MakeNumbers();
     vector->Add({{"", 2.5}, {"", "3.5"}});

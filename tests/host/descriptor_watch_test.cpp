@@ -16,6 +16,7 @@
 #include "qel/algorithm/info/object_classifier.hpp"
 #include "qel/algorithm/info/state_classifier.hpp"
 #include "qel/algorithm/info_builder.hpp"
+#include "qel/configuration/node/vector.hpp"
 #include "runtime.hpp"
 
 namespace qel::host {
@@ -65,6 +66,18 @@ TEST_F(DescriptorWatchTest, BeginsWithWhatIsPublishedInTheOrderOfNames) {
               R"({"a":{"typename":"qel.algorithm.type.StateClassifier","version":"","model_status":"unloaded"},)"
               R"("b":{"typename":"qel.algorithm.type.StateClassifier","version":"","model_status":"failed"}})");
     EXPECT_THAT(Take(watch), ElementsAre());
+}
+
+TEST_F(DescriptorWatchTest, TellsOfClassesThatAreReplaced) {
+    algorithm::InfoBuilder::Register(
+        *manager_, std::make_shared<info::ObjectClassifier>(runtime_.GetRoot(), "a", "", Strings{"a_model"},
+                                                            std::set<std::string>{"car", "person"}));
+    DescriptorWatch watch(runtime_.GetDescriptors());
+    auto const classes =
+        configuration::Node::GetPtr<configuration::node::Vector>(runtime_.GetDescriptors().Find("a.classes"));
+    classes->Replace({{"", "cat"}});
+    classes->Replace({{"", "cat"}});
+    EXPECT_THAT(Take(watch), ElementsAre(R"(a.classes=["cat"])"));
 }
 
 TEST_F(DescriptorWatchTest, TellsEachChangeOnceAndInOrder) {

@@ -242,6 +242,10 @@ Operations MapOperations() {
                [](Tree& t) {
                    t.list->Add({{"", Other}, {"name", "c"}});
                }),
+        OnTree("VectorReplace",
+               [](Tree& t) {
+                   t.list->Replace({{"", Other}, {"name", "c"}, {"", Long}});
+               }),
         OnTree("VectorRefused",
                [](Tree& t) {
                    Caught<std::invalid_argument>([&] { t.list->Add({{"", nullptr}}); });

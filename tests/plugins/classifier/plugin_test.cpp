@@ -1,5 +1,6 @@
 // The plug-in as a host meets it: loaded, registered, configured, published, bound.
 
+#include <atomic>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -69,6 +70,56 @@ TEST_F(ClassifierPlugin, PublishesItsLabelsAndTheStateOfItsModel) {
     EXPECT_EQ(status(), "unloaded");
     folder.Write("classifier", {.weights = {{9, 0, 0}, {0, 0, 9}}}, R"({"max_batch_size": 1})");
     EXPECT_EQ(status(), "loaded");
+}
+
+TEST_F(ClassifierPlugin, PublishesTheLabelsOfEachVersionOfItsModel) {
+    auto const published = root_->Find("algorithms.info.classifier");
+    ASSERT_NE(published, nullptr);
+    auto const classes = published->As<Map>().Find("classes");
+    std::atomic<int> told = 0;
+    auto const binding = classes->Bind([&](auto const&) { ++told; });
+    auto const settled = [&] {
+        EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+        return configuration::json::Data(*classes);
+    };
+    EXPECT_EQ(settled(), R"({"classes": ["blue","red"]})");
+    EXPECT_EQ(told, 0) << "they were known before it was loaded";
+    folder.Write("classifier", "labels.txt", "warm\nneither\ncold\n");
+    EXPECT_EQ(settled(), R"({"classes": ["cold","neither","warm"]})");
+    EXPECT_EQ(told, 1);
+    // What cannot be used has no classes of its own: those of the last one stay, and "model_status" tells the rest.
+    folder.Write("classifier", "model.onnx", "broken");
+    EXPECT_EQ(settled(), R"({"classes": ["cold","neither","warm"]})");
+    folder.Remove("classifier");
+    EXPECT_EQ(settled(), R"({"classes": ["cold","neither","warm"]})");
+    folder.Write("classifier", "labels.txt", "red\nblue\n");
+    folder.Write("classifier", {.weights = {{9, 0, 0}, {0, 0, 9}}}, R"({"max_batch_size": 1})");
+    EXPECT_EQ(settled(), R"({"classes": ["blue","red"]})");
+    EXPECT_EQ(told, 2);
+}
+
+TEST_F(ClassifierPlugin, FollowsItsModelOnceHoweverOftenItIsMade) {
+    auto const more = Map::Make("more");
+    root_->Insert(more);
+    auto const registry = video::registry::Get().GetMap();
+    registry->at(hash::MurmurThree32("qel.algorithm.video.Classifier")).CreateConfigNodes(*manager_, more);
+    auto const alone = Map::Make("alone");
+    registry->at(hash::MurmurThree32("qel.algorithm.video.Classifier")).CreateConfigNodes(*manager_, alone);
+    EXPECT_EQ(alone->GetChildren().size(), 3U);
+    std::atomic<int> told = 0;
+    auto const binding = root_->Find("algorithms.info.classifier.classes")->Bind([&](auto const&) { ++told; });
+    EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+    folder.Write("classifier", "labels.txt", "green\nblue\n");
+    EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(ClassifierPlugin, LeavesATreeAloneThatHasGone) {
+    EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+    root_->Exchange({"algorithms"}, {});
+    folder.Write("classifier", "labels.txt", "green\nblue\n");
+    EXPECT_TRUE(manager_->WaitUntilSettled(test::Patience));
+    EXPECT_EQ(root_->Find("algorithms"), nullptr);
 }
 
 TEST_F(ClassifierPlugin, FollowsItsNodesFromTheNextFrameOn) {

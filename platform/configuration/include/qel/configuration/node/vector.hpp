@@ -34,6 +34,9 @@ public:
     /// empty; its value is the element's value and default. Throws what Value::Set throws, std::invalid_argument for a
     /// change without a value, and std::logic_error for a frozen vector; nothing is appended then.
     void Add(std::vector<Change> changes) override;
+    /// Has the vector hold an element for each change and no others, then fires it; does nothing where its values are
+    /// these already. Handlers of former elements are called no more. Throws as Add; nothing is replaced then.
+    void Replace(std::vector<Change> changes);
 
     using Node::Schema;
     /// Writes "type", "items" and "readOnly". Data is a list; StageData replaces the whole list with new elements.
@@ -45,6 +48,10 @@ private:
 
     std::shared_ptr<Node> FindLocked(std::size_t index) const;
 
+    /// New elements of the changes; index: where the first one will stand.
+    Nodes MakeElements(std::vector<Change> changes, std::size_t index) const;
+    /// Whether these elements have the values of those that are there.
+    bool AreCurrentLocked(Nodes const& others) const noexcept;
     /// A new element of the value, which is checked and converted; path: where the element will stand.
     std::shared_ptr<Node> MakeElement(std::string name, object::Object const& value, std::string const& path) const;
 
