@@ -1,16 +1,11 @@
 #include "configured_algorithm.hpp"
 
 #include <algorithm>
-#include <optional>
 
-#include <boost/json.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "catalogue.hpp"
 #include "error.hpp"
-#include "json_text.hpp"
-#include "qel/algorithm/video/registry/register.hpp"
 #include "qel/configuration/node/primitive.hpp"
 #include "run.hpp"
 #include "support/message_of.hpp"
@@ -22,57 +17,8 @@ namespace qel::host {
 namespace {
 
 namespace node = configuration::node;
-namespace registry = algorithm::video::registry;
 using qel::test::MessageOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
-
-TEST(FindAlgorithm, TakesTypeNamesAndTheirLastPartsWhateverTheCapitals) {
-    hash::MurmurThree32 const id("test.Threshold");
-    for (char const* name : {"test.Threshold", "TEST.threshold", "Threshold", "threshold", "THRESHOLD"}) {
-        EXPECT_EQ(FindAlgorithm(name), id) << name;
-    }
-    for (char const* name : {"", "test", ".Threshold", "est.Threshold", "Threshold ", "thresh"}) {
-        EXPECT_THAT(MessageOf<UsageError>([&] { (void)FindAlgorithm(name); }),
-                    testing::StartsWith("unknown algorithm '" + std::string(name) +
-                                        "' (known: other.Same, test.Broken, test.Fail, "))
-            << name;
-    }
-}
-
-TEST(FindAlgorithm, AsksForTheWholeNameWhenTwoShareTheirLastPart) {
-    EXPECT_EQ(MessageOf<UsageError>([] { (void)FindAlgorithm("same"); }),
-              "'same' may mean several algorithms: other.Same, test.Same");
-    EXPECT_EQ(FindAlgorithm("other.Same"), hash::MurmurThree32("other.Same"));
-}
-
-bool Register(char const* name, registry::Info::Make make) {
-    return registry::Register({hash::MurmurThree32(name), name, std::move(make), {}, {}});
-}
-
-[[maybe_unused]] bool const Registered =
-    Register("test.Same", {}) && Register("other.Same", {}) &&
-    Register("test.Broken",
-             [](auto&) -> std::shared_ptr<algorithm::video::Algorithm> { throw std::runtime_error("no model"); }) &&
-    Register("test.Nothing", [](auto&) { return std::shared_ptr<algorithm::video::Algorithm>(); });
-
-TEST(DescribeAlgorithms, GoesOnPastAlgorithmsThatCannotBeMade) {
-    Runtime runtime;
-    auto const descriptions = DescribeAlgorithms(runtime);
-    auto const find = [&](std::string const& name) {
-        return *std::find_if(descriptions.begin(), descriptions.end(),
-                             [&](auto const& d) { return d.typeName == name; });
-    };
-    EXPECT_EQ(find("test.Broken").problem, "no model");
-    EXPECT_EQ(find("test.Nothing").problem, "its factory gives nothing");
-    EXPECT_FALSE(find("test.Same").problem.empty());
-    EXPECT_EQ(find("test.Threshold").problem, "");
-    EXPECT_EQ(find("test.Threshold").properties.size(), 5U);
-    EXPECT_EQ(find("test.Invert").kind, "inplace");
-    EXPECT_THAT(find("test.Invert").file, testing::EndsWith("qel_host_test"));
-    EXPECT_TRUE(std::is_sorted(descriptions.begin(), descriptions.end(),
-                               [](auto const& a, auto const& b) { return a.typeName < b.typeName; }));
-}
 
 TEST(ConfiguredAlgorithm, SaysThatAnAlgorithmCannotBeMade) {
     auto const make = [](char const* name) {
@@ -84,31 +30,6 @@ TEST(ConfiguredAlgorithm, SaysThatAnAlgorithmCannotBeMade) {
               "cannot make the algorithm 'Nothing': its factory gives nothing");
     EXPECT_THAT(MessageOf<Error>([&] { make("test.Same"); }),
                 testing::StartsWith("cannot make the algorithm 'Same': "));
-}
-
-TEST(ParseSetting, SplitsAtTheFirstEqualsSign) {
-    Setting const setting = ParseSetting("a.b=c=d");
-    EXPECT_EQ(setting.name, "a.b");
-    EXPECT_EQ(setting.value, "c=d");
-    EXPECT_EQ(ParseSetting("name=").value, "");
-    for (char const* text : {"", "=", "=value", "name"}) EXPECT_THROW((void)ParseSetting(text), UsageError) << text;
-}
-
-TEST(Apply, SetsNodesFurtherDownByTheirPaths) {
-    auto const map = node::Map::Make("Top");
-    map->Schema({{"a.depth", "", std::int32_t{3}}, {"b", "", std::string("x")}, {"v[*]", "", std::int32_t{0}}});
-    EXPECT_THAT(ListValues(*map), ElementsAre("a.depth", "b"));
-    Apply({{"a.depth", "-7"}, {"b", " any text "}}, *map, "it");
-    EXPECT_EQ(map->Find("a.depth")->As<node::Primitive<std::int32_t>>().Get(), -7);
-    EXPECT_EQ(map->Find("b")->As<node::Primitive<std::string>>().Get(), " any text ");
-    EXPECT_EQ(MessageOf<UsageError>([&] {
-                  Apply({{"a", "1"}}, *map, "it");
-              }),
-              "unknown property 'a' of it; did you mean 'b'? (known: a.depth, b)");
-    EXPECT_EQ(MessageOf<UsageError>([&] {
-                  Apply({{"a.deth", "1"}}, *map, "it");
-              }),
-              "unknown property 'a.deth' of it; did you mean 'a.depth'? (known: a.depth, b)");
 }
 
 VideoSource::Frame SquareFrame() {
@@ -215,25 +136,6 @@ TEST(ConfiguredAlgorithm, AChangeOfAPropertyWhileFramesFlowChangesTheNextFramesR
     EXPECT_FALSE(host::Run(plan).error);
     EXPECT_THAT(objects, ElementsAre(1, 1, 0, 0, 1, 1, 1, 1));
     EXPECT_THAT(labels, ElementsAre("bright", "bright", "", "", "bright", "bright", "other", "other"));
-}
-
-TEST(FormatJson, WritesValuesAsAPersonDoes) {
-    struct Case {
-        char const* json;
-        char const* text;
-    };
-    constexpr Case Cases[] = {
-        {"\"a \\\"b\\\"\"", "a \"b\""},
-        {"2.5", "2.5"},
-        {"3.0", "3"},
-        {"1e30", "1e+30"},
-        {"-7", "-7"},
-        {"true", "true"},
-        {"[\"a\",2.5]", "a, 2.5"},
-        {"null", "null"},
-        {"[]", ""},
-    };
-    for (Case const& c : Cases) EXPECT_EQ(FormatJson(boost::json::parse(c.json)), c.text);
 }
 
 }  // namespace
