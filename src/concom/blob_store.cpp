@@ -31,18 +31,15 @@ void BlobStore::Clear(BlobRecords& records) noexcept {
 
 void BlobStore::StitchBlobs(BlobRecords& records) noexcept {
     for (std::uint32_t i = 0; i < records.mergedCount; ++i) {
-        InternalBlob const& blob = records.blobs[records.merged[i]];
-        InternalBlob& root = records.blobs[records.FindRoot(records.merged[i])];
-        root.minX = std::min(root.minX, blob.minX);
-        root.endX = std::max(root.endX, blob.endX);
-        root.maxY = std::max(root.maxY, blob.maxY);
+        std::uint32_t const loser = records.merged[i];
+        records.blobs[records.FindRoot(loser)].AddBox(records.blobs[loser]);
     }
 }
 
 void BlobStore::FilterBlobs(BlobRecords const& records, unsigned int min_area,
                             std::vector<ConnectedComponents::Blob>& blobs) {
     auto const reported = [&](std::uint32_t i) -> std::size_t {
-        return (records.parents[i] == i ? 1U : 0U) & (records.blobs[i].area >= min_area ? 1U : 0U);
+        return (records.parents[i] == i ? 1U : 0U) & (records.blobs[i].GetArea() >= min_area ? 1U : 0U);
     };
     std::size_t count = records.count - records.mergedCount;
     if (min_area != 0) {
@@ -56,7 +53,8 @@ void BlobStore::FilterBlobs(BlobRecords const& records, unsigned int min_area,
     for (std::uint32_t i = 0; i < records.count; ++i) {
         InternalBlob const& blob = records.blobs[i];
         FirstPixel const first = records.firsts[i];
-        *out = {blob.area, blob.minX, first.GetY(), blob.endX - 1, blob.maxY, first.GetX(), first.GetY()};
+        *out = {blob.GetArea(), blob.GetMinX(), first.GetY(), blob.GetEndX() - 1,
+                blob.GetMaxY(), first.GetX(),   first.GetY()};
         out += static_cast<std::ptrdiff_t>(reported(i));
     }
     blobs.pop_back();

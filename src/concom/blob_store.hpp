@@ -3,19 +3,43 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "qel/algorithm/connected_components.hpp"
 
 namespace qel::algorithm::concom {
 
-/// What is counted on a record.
-struct InternalBlob {
-    std::uint32_t area{};
-    std::uint32_t minX = std::numeric_limits<std::uint32_t>::max();
-    std::uint32_t endX{};  ///< behind the last column
-    std::uint32_t maxY{};
+/// What is counted on a record: area and box, but for the first row. Four numbers in one vector, which all start at 0
+/// and only grow, so that a run is counted at once; the columns are noted by their distance to the largest number, too.
+class InternalBlob {
+public:
+    /// Counts so many pixels, of row y, from columns first to end - 1. Rows must not come out of order.
+    [[gnu::always_inline]] void Count(std::uint32_t pixels, std::uint32_t first, std::uint32_t end,
+                                      std::uint32_t y) noexcept {
+        Numbers const run = {pixels, ~first, end, y};
+        Numbers const most = run > numbers_ ? run : numbers_;
+        numbers_ = __builtin_shufflevector(numbers_ + run, most, 0, 5, 6, 7);
+    }
+
+    /// Makes room for another box.
+    void AddBox(InternalBlob const& other) noexcept {
+        std::uint32_t const area = GetArea();
+        numbers_ = other.numbers_ > numbers_ ? other.numbers_ : numbers_;
+        numbers_[0] = area;
+    }
+
+    [[gnu::always_inline]] void AddArea(InternalBlob const& other) noexcept { numbers_[0] += other.numbers_[0]; }
+
+    std::uint32_t GetArea() const noexcept { return numbers_[0]; }
+    std::uint32_t GetMinX() const noexcept { return ~numbers_[1]; }
+    /// Behind the last column.
+    std::uint32_t GetEndX() const noexcept { return numbers_[2]; }
+    std::uint32_t GetMaxY() const noexcept { return numbers_[3]; }
+
+private:
+    using Numbers = std::uint32_t __attribute__((vector_size(16)));
+
+    Numbers numbers_{};
 };
 
 /// The pixel that created a record. Its row is the smallest as well: a record is merged into older ones only.
@@ -47,26 +71,19 @@ struct BlobRecords {
         return label;
     }
 
-    /// Counts so many pixels of row y from columns first to end - 1 on the record as it is, merged
-    /// away or not.
-    [[gnu::always_inline]] static void UpdateBlob(InternalBlob& blob, std::uint32_t pixels, std::uint32_t first,
-                                                  std::uint32_t end, std::uint32_t y) noexcept {
-        blob.area += pixels;
-        blob.minX = std::min(blob.minX, first);
-        blob.endX = std::max(blob.endX, end);
-        blob.maxY = y;
-    }
-
     /// Joins the classes of two records; the oldest root survives, takes the other's area and is returned.
     [[gnu::always_inline]] std::uint32_t MergeBlobs(std::uint32_t a, std::uint32_t b) noexcept {
-        std::uint32_t const rootA = FindRoot(a);
-        std::uint32_t const rootB = FindRoot(b);
-        if (rootA == rootB) return rootA;
-        std::uint32_t const winner = std::min(rootA, rootB);
-        std::uint32_t const loser = std::max(rootA, rootB);
+        return MergeRoots(FindRoot(a), FindRoot(b));
+    }
+
+    /// As MergeBlobs, of records that are roots.
+    [[gnu::always_inline]] std::uint32_t MergeRoots(std::uint32_t a, std::uint32_t b) noexcept {
+        std::uint32_t const winner = std::min(a, b);
+        std::uint32_t const loser = std::max(a, b);
+        if (loser == winner) return winner;
         parents[loser] = winner;
         merged[mergedCount++] = loser;
-        blobs[winner].area += blobs[loser].area;
+        blobs[winner].AddArea(blobs[loser]);
         return winner;
     }
 

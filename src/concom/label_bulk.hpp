@@ -147,7 +147,7 @@ private:
         if (rank != rank_) {
             std::uint32_t const first = FindNextSet(rows_.pixels, done_);
             InternalBlob& blob = rows_.records.blobs[above_->label];
-            BlobRecords::UpdateBlob(blob, rank - rank_, first, FindLastSet(rows_.pixels, end - 1) + 1, y_);
+            blob.Count(rank - rank_, first, FindLastSet(rows_.pixels, end - 1) + 1, y_);
             Append(first, above_->label);
         }
         rank_ = rank;
@@ -155,7 +155,7 @@ private:
     }
 
     [[gnu::always_inline]] void LabelPart(std::uint32_t first, std::uint32_t end, std::uint32_t label) {
-        BlobRecords::UpdateBlob(rows_.records.blobs[label], end - first, first, end, y_);
+        rows_.records.blobs[label].Count(end - first, first, end, y_);
         Append(first, label);
     }
 

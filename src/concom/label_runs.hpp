@@ -10,47 +10,89 @@ template <std::uint32_t CombineBlob>
 Segment* LabelJoiningRun(MaskRows& rows, Segment const* next, std::uint32_t first, std::uint32_t end,
                          std::uint32_t label, Segment* out);
 
+/// Labels the runs of one row, each by itself.
+template <std::uint32_t CombineBlob>
+class RunRow {
+public:
+    [[gnu::always_inline]] explicit RunRow(MaskRows& rows) : rows_(rows) {}
+
+    [[gnu::always_inline]] void Label() {
+        std::uint32_t* const edges = rows_.scan.edges;
+        std::uint32_t* const end = rows_.edgesEnd;
+        if (end - edges < FewEdges) {
+            for (std::uint32_t const* edge = edges; edge != end; edge += 2) LabelRun(edge, FindSeen(edge[0]));
+        } else {
+            // Two runs ahead it is found what a run sees: a processor looks at no more than two or three runs at once,
+            // which is not enough to hide how long that takes.
+            end[0] = end[2] = 0;
+            Segment const* seen = FindSeen(edges[0]);
+            Segment const* nextSeen = FindSeen(edges[2]);
+            for (std::uint32_t const* edge = edges; edge != end; edge += 2) {
+                Segment const* const secondNextSeen = FindSeen(edge[4]);
+                LabelRun(edge, seen);
+                seen = nextSeen;
+                nextSeen = secondNextSeen;
+            }
+        }
+        out_[0] = out_[1] = Guard;
+        rows_.records.count = count_;
+    }
+
+    /// Whether the row has no runs.
+    [[gnu::always_inline]] bool IsEmpty() const { return out_ == rows_.current; }
+
+private:
+    /// For rows of fewer edges it does not pay to look ahead.
+    static constexpr std::ptrdiff_t FewEdges = 16;
+
+    /// The first segment above that does not end too far left to be seen from a column. How many do is counted, not
+    /// searched: nothing to foresee.
+    [[gnu::always_inline]] Segment const* FindSeen(std::uint32_t column) const {
+        Lane const passed = ends_[column / 64] >> CombineBlob >> (~column & 63U);
+        return above_ + (ranks_[column / 64] + static_cast<std::uint64_t>(std::popcount(passed)));
+    }
+
+    [[gnu::always_inline]] void LabelRun(std::uint32_t const* edge, Segment const* seen) {
+        std::uint32_t const first = edge[0];
+        std::uint32_t const end = edge[1];
+        // Whether anything stands above the first pixel cannot be foreseen either: no branch, but all ones or none. A
+        // record that is started for nothing is started again by the next run.
+        std::int64_t const fresh = -static_cast<std::int64_t>(seen[0].first > first + CombineBlob);
+        auto const chosen = static_cast<std::uint32_t>(fresh);
+        std::uint32_t const label = (count_ & chosen) | (seen[0].label & ~chosen);
+        std::uint32_t const next = (seen[0].first & chosen) | (seen[1].first & ~chosen);
+        firsts_[count_] = {first, y_};
+        count_ -= chosen;
+        if (next < end + CombineBlob) [[unlikely]] {
+            out_ = LabelJoiningRun<CombineBlob>(rows_, seen + 1 + fresh, first, end, label, out_);
+        } else {
+            blobs_[label].Count(end - first, first, end, y_);
+            *out_++ = {first, label};
+        }
+    }
+
+    MaskRows& rows_;
+    std::uint32_t const y_ = static_cast<std::uint32_t>(rows_.y);
+    Lane const* const ends_ = rows_.scan.aboveEnds;
+    std::uint32_t const* const ranks_ = rows_.scan.ranks;
+    Segment const* const above_ = rows_.above;
+    InternalBlob* const blobs_ = rows_.records.blobs;
+    FirstPixel* const firsts_ = rows_.records.firsts;
+    std::uint32_t count_ = rows_.records.count;
+    Segment* out_ = rows_.current;
+};
+
 /// Labels run by run: rows up to the last, but stops behind a row without runs and before one for which there may be
 /// no room.
 template <std::uint32_t CombineBlob, EdgeScan Scan>
 [[gnu::always_inline]] inline void LabelRuns(MaskRows& rows) {
     bool empty = false;
     while (rows.y != rows.last && !empty && rows.room - rows.records.count >= rows.CountNewRecords()) {
-        std::uint32_t const* const edgesEnd = rows.edgesEnd =
-            Scan(rows.words + rows.y * rows.stride, rows.width, rows.scan);
-        std::uint32_t const y = static_cast<std::uint32_t>(rows.y);
-        Lane const* const ends = rows.scan.aboveEnds;
-        std::uint32_t const* const ranks = rows.scan.ranks;
-        Segment const* const segments = rows.above;
-        InternalBlob* const blobs = rows.records.blobs;
-        FirstPixel* const firsts = rows.records.firsts;
-        std::uint32_t count = rows.started = rows.records.count;
-        Segment* out = rows.current;
-        for (std::uint32_t const* edge = rows.scan.edges; edge != edgesEnd; edge += 2) {
-            std::uint32_t const first = edge[0];
-            std::uint32_t const end = edge[1];
-            // How many segments above end too far left to be seen is counted, not searched: nothing to foresee.
-            Lane const passed = ends[first / 64] >> CombineBlob >> (~first & 63U);
-            Segment const* const above =
-                segments + (ranks[first / 64] + static_cast<std::uint64_t>(std::popcount(passed)));
-            // Whether anything stands above the first pixel cannot be foreseen either: no branch, but all ones or
-            // none. A record that is started for nothing is started again by the next run.
-            std::int64_t const fresh = -static_cast<std::int64_t>(above->first > first + CombineBlob);
-            auto const chosen = static_cast<std::uint32_t>(fresh);
-            std::uint32_t const label = (count & chosen) | (above->label & ~chosen);
-            firsts[count] = {first, y};
-            count -= chosen;
-            Segment const* const next = above + 1 + fresh;
-            if (next->first < end + CombineBlob) [[unlikely]] {
-                out = LabelJoiningRun<CombineBlob>(rows, next, first, end, label, out);
-            } else {
-                BlobRecords::UpdateBlob(blobs[label], end - first, first, end, y);
-                *out++ = {first, label};
-            }
-        }
-        empty = out == rows.current;
-        out[0] = out[1] = Guard;
-        rows.records.count = count;
+        rows.edgesEnd = Scan(rows.words + rows.y * rows.stride, rows.width, rows.scan);
+        rows.started = rows.records.count;
+        RunRow<CombineBlob> row(rows);
+        row.Label();
+        empty = row.IsEmpty();
         std::swap(rows.scan.aboveEnds, rows.scan.ends);
         rows.Advance();
     }

@@ -67,8 +67,8 @@ bool Labeller::PaysInBulk() const {
         work += segment[1].label != segment->label ? 1 : 0;
     }
     auto const runs = static_cast<std::size_t>(rows_.edgesEnd - rows_.scan.edges) / 2;
-    // What is looked at takes half as long again as labelling a run by itself.
-    return runs >= LeastRuns && 3 * work < 2 * runs;
+    // What is looked at takes two and a half times as long as labelling a run by itself.
+    return runs >= LeastRuns && 5 * work < 2 * runs;
 }
 
 /// Turns the row above, labelled run by run, into one labelled in bulk.
