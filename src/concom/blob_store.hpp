@@ -13,12 +13,15 @@ namespace qel::algorithm::concom {
 /// and only grow, so that a run is counted at once; the columns are noted by their distance to the largest number, too.
 class InternalBlob {
 public:
-    /// Counts so many pixels, of row y, from columns first to end - 1. Rows must not come out of order.
+    /// Counts columns first to end - 1 of row y. Rows must not come out of order.
+    [[gnu::always_inline]] void Count(std::uint32_t first, std::uint32_t end, std::uint32_t y) noexcept {
+        Add(Numbers{end, ~first, end, y} - Numbers{first, 0, 0, 0});
+    }
+
+    /// The same of so many pixels among those columns, the first and the last included.
     [[gnu::always_inline]] void Count(std::uint32_t pixels, std::uint32_t first, std::uint32_t end,
                                       std::uint32_t y) noexcept {
-        Numbers const run = {pixels, ~first, end, y};
-        Numbers const most = run > numbers_ ? run : numbers_;
-        numbers_ = __builtin_shufflevector(numbers_ + run, most, 0, 5, 6, 7);
+        Add(Numbers{pixels, ~first, end, y});
     }
 
     /// Makes room for another box.
@@ -38,6 +41,11 @@ public:
 
 private:
     using Numbers = std::uint32_t __attribute__((vector_size(16)));
+
+    [[gnu::always_inline]] void Add(Numbers run) noexcept {
+        Numbers const most = run > numbers_ ? run : numbers_;
+        numbers_ = __builtin_shufflevector(numbers_ + run, most, 0, 5, 6, 7);
+    }
 
     Numbers numbers_{};
 };

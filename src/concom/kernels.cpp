@@ -21,8 +21,14 @@ namespace {
 std::size_t SkipZerosPlain(std::uint32_t const* words, std::size_t count) { return SkipZeros(words, count); }
 
 template <std::uint32_t CombineBlob>
+[[gnu::noinline]] Segment* LabelJoiningRunPlain(MaskRows& rows, Segment const* next, std::uint32_t first,
+                                                std::uint32_t end, std::uint32_t label, Segment* out) {
+    return LabelJoiningRun<CombineBlob>(rows, next, first, end, label, out);
+}
+
+template <std::uint32_t CombineBlob>
 void LabelRunsPlain(MaskRows& rows) {
-    LabelRuns<CombineBlob, ScanEdgesPlain>(rows);
+    LabelRuns<CombineBlob, ScanEdgesPlain, LabelJoiningRunPlain<CombineBlob>>(rows);
 }
 
 template <std::uint32_t CombineBlob>
@@ -52,13 +58,27 @@ constexpr Kernels Plain{"plain",
 }
 
 template <std::uint32_t CombineBlob>
+[[gnu::noinline, QEL_TARGET_AVX2]] Segment* LabelJoiningRunAvx2(MaskRows& rows, Segment const* next,
+                                                                std::uint32_t first, std::uint32_t end,
+                                                                std::uint32_t label, Segment* out) {
+    return LabelJoiningRun<CombineBlob>(rows, next, first, end, label, out);
+}
+
+template <std::uint32_t CombineBlob>
 [[QEL_TARGET_AVX2]] void LabelRunsAvx2(MaskRows& rows) {
-    LabelRuns<CombineBlob, ScanEdgesAvx2>(rows);
+    LabelRuns<CombineBlob, ScanEdgesAvx2, LabelJoiningRunAvx2<CombineBlob>>(rows);
+}
+
+template <std::uint32_t CombineBlob>
+[[gnu::noinline, QEL_TARGET_AVX512]] Segment* LabelJoiningRunAvx512(MaskRows& rows, Segment const* next,
+                                                                    std::uint32_t first, std::uint32_t end,
+                                                                    std::uint32_t label, Segment* out) {
+    return LabelJoiningRun<CombineBlob>(rows, next, first, end, label, out);
 }
 
 template <std::uint32_t CombineBlob>
 [[QEL_TARGET_AVX512]] void LabelRunsAvx512(MaskRows& rows) {
-    LabelRuns<CombineBlob, ScanEdgesAvx512>(rows);
+    LabelRuns<CombineBlob, ScanEdgesAvx512, LabelJoiningRunAvx512<CombineBlob>>(rows);
 }
 
 template <std::uint32_t CombineBlob>

@@ -155,7 +155,7 @@ private:
     }
 
     [[gnu::always_inline]] void LabelPart(std::uint32_t first, std::uint32_t end, std::uint32_t label) {
-        rows_.records.blobs[label].Count(end - first, first, end, y_);
+        rows_.records.blobs[label].Count(first, end, y_);
         Append(first, label);
     }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "concom/mask_rows.hpp"
 
 namespace qel::algorithm::concom {
@@ -7,11 +9,36 @@ namespace qel::algorithm::concom {
 /// Labels a run that sees several segments: from next on, those that begin left of the run's end, or at it where
 /// diagonal neighbours count. label is what the first pixel took. Returns where the row's next segment goes.
 template <std::uint32_t CombineBlob>
-Segment* LabelJoiningRun(MaskRows& rows, Segment const* next, std::uint32_t first, std::uint32_t end,
-                         std::uint32_t label, Segment* out);
+[[gnu::always_inline]] inline Segment* LabelJoiningRun(MaskRows& rows, Segment const* next, std::uint32_t first,
+                                                       std::uint32_t end, std::uint32_t label, Segment* out) {
+    BlobRecords& records = rows.records;
+    auto const y = static_cast<std::uint32_t>(rows.y);
+    do {
+        if (next->label == label) continue;
+        std::uint32_t const column = std::max(first, next->first - CombineBlob);
+        std::uint32_t const root = records.FindRoot(label);
+        std::uint32_t const other = records.FindRoot(next->label);
+        // Where the run's label is the root that survives nothing changes at the column: not one segment more for the
+        // rows below to see. Neither branch nor count can be foreseen, so there is one branch for both.
+        if ((std::min(root, other) != label) & (column > first)) {
+            // Counted before the merge: it hands over what has been counted, and nothing later.
+            records.blobs[label].Count(first, column, y);
+            *out++ = {first, label};
+            rows.scan.ends[column / 64] |= ColumnBit(column);
+            first = column;
+        }
+        label = records.MergeRoots(root, other);
+    } while ((++next)->first < end + CombineBlob);
+    records.blobs[label].Count(first, end, y);
+    *out++ = {first, label};
+    return out;
+}
 
-/// Labels the runs of one row, each by itself.
-template <std::uint32_t CombineBlob>
+using JoiningRun = Segment* (*)(MaskRows&, Segment const*, std::uint32_t, std::uint32_t, std::uint32_t, Segment*);
+
+/// Labels the runs of one row, each by itself; those that see several segments by a function of their own, lest they
+/// take registers from the others.
+template <std::uint32_t CombineBlob, JoiningRun LabelJoining>
 class RunRow {
 public:
     [[gnu::always_inline]] explicit RunRow(MaskRows& rows) : rows_(rows) {}
@@ -64,9 +91,9 @@ private:
         firsts_[count_] = {first, y_};
         count_ -= chosen;
         if (next < end + CombineBlob) [[unlikely]] {
-            out_ = LabelJoiningRun<CombineBlob>(rows_, seen + 1 + fresh, first, end, label, out_);
+            out_ = LabelJoining(rows_, seen + 1 + fresh, first, end, label, out_);
         } else {
-            blobs_[label].Count(end - first, first, end, y_);
+            blobs_[label].Count(first, end, y_);
             *out_++ = {first, label};
         }
     }
@@ -84,13 +111,13 @@ private:
 
 /// Labels run by run: rows up to the last, but stops behind a row without runs and before one for which there may be
 /// no room.
-template <std::uint32_t CombineBlob, EdgeScan Scan>
+template <std::uint32_t CombineBlob, EdgeScan Scan, JoiningRun LabelJoining>
 [[gnu::always_inline]] inline void LabelRuns(MaskRows& rows) {
     bool empty = false;
     while (rows.y != rows.last && !empty && rows.room - rows.records.count >= rows.CountNewRecords()) {
         rows.edgesEnd = Scan(rows.words + rows.y * rows.stride, rows.width, rows.scan);
         rows.started = rows.records.count;
-        RunRow<CombineBlob> row(rows);
+        RunRow<CombineBlob, LabelJoining> row(rows);
         row.Label();
         empty = row.IsEmpty();
         std::swap(rows.scan.aboveEnds, rows.scan.ends);
