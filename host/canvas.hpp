@@ -9,6 +9,7 @@
 
 namespace qel::host {
 
+/// The deleter of cairo's objects.
 struct CairoRelease {
     void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
     void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }

@@ -30,6 +30,7 @@ public:
     virtual bool IsAlive() const = 0;
 };
 
+/// What a picture of a stream is to look like.
 struct LookOptions {
     /// With boxes, tags and the grid in metres of a calibrated stream; otherwise the frame as the algorithms leave it.
     bool annotated = true;

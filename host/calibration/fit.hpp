@@ -16,6 +16,7 @@ enum class Robustness {
 /// The values that a free parameter is looked for in; both ends belong to the range.
 constexpr std::array<Range, ParameterCount> SearchRanges{{{-20, 90}, {-60, 60}, {0.2, 500}, {5, 150}}};
 
+/// A mounting that was fitted to references.
 struct Fit {
     Mounting<double> mounting;
     /// How badly the references agree, comparable between fits to the same references; smaller is better.

@@ -53,6 +53,7 @@ struct Residual {
     bool looksWrong = false;
 };
 
+/// The mounting that was found, how sure it is, and how well each reference agrees with it.
 struct Solution {
     /// With the covariance of its errors; fixed parameters have none.
     Calibration calibration;

@@ -13,6 +13,7 @@
 
 namespace qel::inference {
 
+/// What a model is made of: the bytes and texts of one moment, and the network that was built of them.
 struct Model::Impl {
     std::string name;
     boost::filesystem::path file;

@@ -9,6 +9,7 @@
 
 namespace qel::inference {
 
+/// One field of a message.
 struct OnnxField {
     std::uint64_t number = 0;
     std::uint64_t integer = 0;  ///< of a number of seven bits a byte

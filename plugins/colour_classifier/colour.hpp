@@ -13,6 +13,7 @@ enum class Colour : std::uint8_t { Black, White, Grey, Red, Orange, Brown, Yello
 
 inline constexpr std::size_t ColourCount = 11;
 
+/// A basic colour as it is published.
 struct NamedColour {
     char const* name;
     /// The sRGB value that is published for it: CSS's colour of that name; brown is its "saddlebrown", which is less

@@ -19,6 +19,7 @@ namespace qel::privacy_mask {
 /// The dotted name by which the algorithm is chosen.
 inline constexpr char const* TypeName = "qel.algorithm.video.PrivacyMask";
 
+/// How pixels are hidden.
 enum class Mode {
     Pixelate,  ///< each pixel becomes the mean of its block
     Blank,     ///< black
