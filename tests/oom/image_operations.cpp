@@ -166,8 +166,8 @@ Operations PolygonOperations() {
     static Polygon<double> const convex{{2, 2}, {60.5, 10}, {30, 40}};
     static Polygon<double> const crossing{{1, 1}, {50, 50}, {50, 1}, {1, 50}, {25, 60.25}};
     static Polygon<double> const ring{{10, 10}, {40, 12}, {44, 44}, {8, 40}};
-    auto const fill = [](std::string name, std::vector<Polygon<double>> polygons, char const* leaksIn = nullptr) {
-        auto operation = MakeOperation(
+    auto const fill = [](std::string name, std::vector<Polygon<double>> polygons) {
+        return MakeOperation(
             "bit_mask/" + name, Promise::Basic,
             [] {
                 return BitMask({64, 64});
@@ -177,8 +177,6 @@ Operations PolygonOperations() {
                 FillPolygons(mask, polygons, 1);
             },
             [](BitMask const& mask) { return TextOf(mask); });
-        operation.leaksIn = leaksIn;
-        return operation;
     };
     return {
         fill("FillPolygonsConvex", {convex}),

@@ -72,7 +72,7 @@ TEST_P(ProgramOutOfMemory, EndsWithAReason) {
             }
         }
     }
-    std::cout << "points " << points / 2 << ' ' << points / 2 << " 0 program/" << GetParam().name << std::endl;
+    std::cout << "points " << points / 2 << ' ' << points / 2 << " program/" << GetParam().name << std::endl;
     std::cout << "in a plug-in's static initialisers, which end the process and name the file: " << plugins
               << std::endl;
 }

@@ -46,8 +46,6 @@ public:
         return point;
     }
 
-    std::ptrdiff_t GetLeaks() const { return leaks_; }
-
 private:
     /// Whether there was an allocation to fail.
     bool FailAt(std::size_t point, FailingAllocations::Mode mode) {
@@ -56,9 +54,7 @@ private:
         std::ptrdiff_t const before = CountLiveAllocations();
         bool const hasFailed = Try(point, mode);
         std::ptrdiff_t const left = CountLiveAllocations() - before;
-        if (operation_.leaksIn != nullptr) {
-            leaks_ += left;
-        } else if (!operation_.startsThread) {
+        if (!operation_.startsThread) {
             EXPECT_EQ(left, 0) << "blocks are left";
         }
         return hasFailed;
@@ -102,7 +98,6 @@ private:
 
     Operation const& operation_;
     std::string expected_;
-    std::ptrdiff_t leaks_ = 0;
 };
 
 }  // namespace
@@ -112,7 +107,6 @@ Points Sweep(Operation const& operation) {
     Points points;
     points.once = sweeper.Sweep(FailingAllocations::Mode::Once);
     points.forGood = sweeper.Sweep(FailingAllocations::Mode::ForGood);
-    points.leaks = sweeper.GetLeaks();
     return points;
 }
 

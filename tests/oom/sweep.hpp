@@ -37,8 +37,6 @@ struct Operation {
     std::string name;
     Promise promise;
     std::function<std::unique_ptr<Attempt>()> make;
-    /// The library outside of ours that leaves blocks behind when it runs out of memory; null for none.
-    char const* leaksIn = nullptr;
     /// It starts a thread, which frees what it is given: the blocks that are left in this one do not count.
     bool startsThread = false;
 };
@@ -65,8 +63,7 @@ private:
 template <class Make, class Action, class Description>
 Operation MakeOperation(std::string name, Promise promise, Make make, Action action, Description description) {
     using Concrete = detail::AttemptOf<decltype(make()), Action, Description>;
-    return {std::move(name), promise, [=] { return std::make_unique<Concrete>(make, action, description); }, nullptr,
-            false};
+    return {std::move(name), promise, [=] { return std::make_unique<Concrete>(make, action, description); }, false};
 }
 
 /// Runs an action that throws an E, and returns what that says.
@@ -84,8 +81,6 @@ std::string Caught(Action const& action) {
 struct Points {
     std::size_t once = 0;
     std::size_t forGood = 0;
-    /// Blocks that a library outside of ours has left behind.
-    std::ptrdiff_t leaks = 0;
 };
 
 /// Fails each allocation of the operation, and says by GoogleTest what did not go as promised.
