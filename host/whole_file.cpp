@@ -38,6 +38,16 @@ mode_t GetMode(std::string const& path) {
     return 0666 & ~mask;
 }
 
+constexpr std::string_view Unfinished = ".unfinished-";
+constexpr std::string_view Chance = "XXXXXX";
+
+/// A link stays a link: what it points to is replaced.
+std::string Resolve(std::string const& path) {
+    std::error_code ignored;
+    std::filesystem::path const resolved = std::filesystem::weakly_canonical(path, ignored);
+    return resolved.empty() ? path : resolved.string();
+}
+
 /// Makes the change of a name last; best effort, as not every file system lets a folder be opened.
 void SyncFolder(std::filesystem::path const& file) {
     std::filesystem::path const folder = file.has_parent_path() ? file.parent_path() : ".";
@@ -65,11 +75,8 @@ std::string ReadFile(std::string const& path, std::size_t maximumSize) {
 }
 
 void ReplaceFile(std::string const& path, std::string_view content) {
-    // A link stays a link: what it points to is replaced.
-    std::error_code ignored;
-    std::filesystem::path const resolved = std::filesystem::weakly_canonical(path, ignored);
-    std::string const target = resolved.empty() ? path : resolved.string();
-    std::string temporary = target + ".XXXXXX";
+    std::string const target = Resolve(path);
+    std::string temporary = target + std::string(Unfinished) + std::string(Chance);
     system::Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));
     if (!descriptor) Fail("write", path, errno);
     bool const stored = WriteAll(descriptor.Get(), content) && fchmod(descriptor.Get(), GetMode(target)) == 0 &&
@@ -81,6 +88,20 @@ void ReplaceFile(std::string const& path, std::string_view content) {
         Fail("write", path, error);
     }
     SyncFolder(target);
+}
+
+void RemoveUnfinished(std::string const& path) {
+    std::filesystem::path const target = Resolve(path);
+    std::string const start = target.filename().string() + std::string(Unfinished);
+    std::error_code error;
+    std::filesystem::directory_iterator entry(target.has_parent_path() ? target.parent_path() : ".", error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        std::string const name = entry->path().filename().string();
+        std::error_code ignored;
+        if (name.size() == start.size() + Chance.size() && name.starts_with(start)) {
+            std::filesystem::remove(entry->path(), ignored);
+        }
+    }
 }
 
 }  // namespace qel::host

@@ -13,4 +13,8 @@ std::string ReadFile(std::string const& path, std::size_t maximumSize);
 /// whole. Throws Error with the path and the reason.
 void ReplaceFile(std::string const& path, std::string_view content);
 
+/// Removes what ReplaceFile has left beside the file where the process was killed in the middle of it; as far as that
+/// can be done. Requires that nobody replaces the file just now; not checked.
+void RemoveUnfinished(std::string const& path);
+
 }  // namespace qel::host

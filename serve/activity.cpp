@@ -11,8 +11,7 @@ void Activity::Set(Kind kind) noexcept {
 }
 
 bool Activity::IsHanging(Clock::duration time) const noexcept {
-    Kind const kind = kind_;
-    if (kind != Kind::Algorithms && kind != Kind::MakingAlgorithms) return false;
+    if (kind_ == Kind::Waiting) return false;
     return Clock::now() - Clock::time_point(Clock::duration(since_)) > time;
 }
 
@@ -23,13 +22,15 @@ void Activity::SetAlgorithms(std::vector<std::string> names, std::shared_ptr<std
 }
 
 std::string Activity::Describe() const {
-    switch (kind_.load(std::memory_order_relaxed)) {
+    switch (kind_) {
         case Kind::Waiting:
             break;
         case Kind::MakingAlgorithms:
             return "its algorithms are still being made";
         case Kind::Source:
             return "its source has not returned";
+        case Kind::Publishing:
+            return "what it has found is still being taken";
         case Kind::Algorithms: {
             std::lock_guard const lock(mutex_);
             std::size_t const place = place_ ? place_->load(std::memory_order_relaxed) : 0;

@@ -13,7 +13,7 @@ namespace qel::serve {
 /// What the thread of a stream is at, for those who wonder why it does not end. One thread sets it, any may ask.
 class Activity {
 public:
-    enum class Kind { Waiting, MakingAlgorithms, Source, Algorithms };
+    enum class Kind { Waiting, MakingAlgorithms, Source, Algorithms, Publishing };
 
     using Clock = std::chrono::steady_clock;
 
@@ -23,7 +23,7 @@ public:
 
     /// Who keeps the thread: "the algorithm 'motion' has not returned".
     std::string Describe() const;
-    /// Whether an algorithm, or what makes one, has been at work for so long.
+    /// Whether it has been at something other than waiting for so long.
     bool IsHanging(Clock::duration time) const noexcept;
 
 private:

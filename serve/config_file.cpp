@@ -42,6 +42,7 @@ void ConfigFile::Lock() {
         throw host::Error("another program uses the configuration '" + file_.string() +
                           "': end it first, or give each a file of its own");
     }
+    for (auto const& mine : {file_, GetLastGoodPath()}) host::RemoveUnfinished(mine.string());
 }
 
 std::optional<std::string> ConfigFile::Read() const {

@@ -22,8 +22,8 @@ public:
     boost::filesystem::path GetLastGoodPath() const { return Beside(".last-good"); }
     boost::filesystem::path GetBrokenPath() const { return Beside(".broken"); }
 
-    /// Keeps all others who do the same from the file, until the object goes. Throws Error when somebody else was
-    /// first.
+    /// Keeps all others who do the same from the file, until the object goes, and clears away what one that was killed
+    /// has left in the middle of a change. Throws Error when somebody else was first.
     void Lock();
     /// The content; nothing when there is no such file. Throws Error when it cannot be read.
     std::optional<std::string> Read() const;

@@ -100,7 +100,8 @@ void Store::Impl::Load() {
     } catch (Refused const& refused) {
         return UseLastGood(Explain(refused));
     }
-    file.SaveLastGood(*text);
+    // A disk that is full keeps nobody from starting who changes nothing.
+    if (file.ReadLastGood() != text) file.SaveLastGood(*text);
 }
 
 void Store::Impl::Create() {

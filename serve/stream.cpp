@@ -19,6 +19,7 @@
 #include "stream_calibration.hpp"
 #include "stream_frames.hpp"
 #include "stream_state.hpp"
+#include "text.hpp"
 
 namespace qel::serve {
 namespace {
@@ -177,7 +178,6 @@ void Stream::Impl::Play(StreamSpec const& now) {
             [&](host::FrameSource::Frame const& frame, algorithm::video::Result& result) {
                 activity.Set(Activity::Kind::Algorithms);
                 auto const shown = algorithms ? algorithms->Process(frame, result) : frame;
-                activity.Set(Activity::Kind::Source);
                 if (!calibration) return shown;
                 if (played % FramesToACalibration == 0) calibration->Refresh();
                 calibration->Measure(result, frame.GetSize());
@@ -186,6 +186,7 @@ void Stream::Impl::Play(StreamSpec const& now) {
         .sinks = {},
         .progress =
             [&](std::uint64_t) {
+                activity.Set(Activity::Kind::Source);
                 noteSource();
                 if (++played == parts.retry.goodFrames) backoff.Reset();
             },
@@ -198,6 +199,7 @@ void Stream::Impl::Play(StreamSpec const& now) {
         .pace =
             [&](host::FrameSource::Frame const& frame) {
                 if (source->IsLive()) return !leave.IsSet();
+                activity.Set(Activity::Kind::Waiting);
                 return !leave.WaitUntil(pace.GetDue(frame.GetTimestamp().time_since_epoch(), StopSignal::Clock::now()));
             },
         .timed = [&](std::string const& stage, std::chrono::nanoseconds time) { parts.metrics->NoteTime(stage, time); },
@@ -206,6 +208,7 @@ void Stream::Impl::Play(StreamSpec const& now) {
     plan.sinks.push_back(
         std::make_unique<PublishingSink>([&](host::AnalysedFrame const& analysed) { Publish(analysed, calibration); }));
     host::RunReport const report = host::Run(plan);
+    activity.Set(Activity::Kind::Source);
     noteSource();
     state.EndSource();
     if (report.error) std::rethrow_exception(report.error);
@@ -213,6 +216,7 @@ void Stream::Impl::Play(StreamSpec const& now) {
 }
 
 void Stream::Impl::Publish(host::AnalysedFrame const& analysed, std::optional<StreamCalibration> const& calibration) {
+    activity.Set(Activity::Kind::Publishing);
     std::string line = host::MakeResultLine(id, analysed);
     line.pop_back();
     parts.bus.Publish({.kind = "detection", .stream = id, .data = std::move(line)});
@@ -267,8 +271,9 @@ void Stream::LookAfter() {
     // Asked first: a frame that is done meanwhile says that nothing hangs.
     std::uint64_t const frames = impl_->state.GetFrames();
     if (!impl_->activity.IsHanging(impl_->parts.patience)) return;
-    impl_->state.TellOfHanging(frames, impl_->activity.Describe() + " for more than " +
-                                           std::to_string(impl_->parts.patience.count()) + " seconds");
+    std::chrono::duration<double> const time = impl_->parts.patience;
+    std::string const seconds = host::FormatNumber(time.count(), time < std::chrono::seconds(1) ? 1 : 0);
+    impl_->state.TellOfHanging(frames, impl_->activity.Describe() + " for more than " + seconds + " seconds");
 }
 
 void Stream::RefreshMetrics() const {

@@ -35,8 +35,9 @@ struct StreamParts {
     std::shared_ptr<StreamMetrics> metrics;
     /// The pauses between attempts, and after how many frames an attempt counts as a good one.
     host::ReconnectPolicy retry{.goodFrames = 250};
-    /// After which an algorithm that does not return is told of.
-    std::chrono::seconds patience{10};
+    /// After which an algorithm, or a source, that does not return is told of; what a live source has to say of itself
+    /// comes first.
+    std::chrono::milliseconds patience{15'000};
 };
 
 /// One stream, on a thread of its own: its frames are taken from the source at their pace, looked at by the algorithms
@@ -63,8 +64,8 @@ public:
 
     StreamStatus GetStatus() const;
     std::shared_ptr<Viewer> Look(LookOptions const& options, std::function<void()> wake);
-    /// Looks whether an algorithm has not returned for long; the stream is waiting then, until it does. To be called
-    /// now and then.
+    /// Looks whether an algorithm or the source has not returned for long; the stream is waiting then, until it does.
+    /// To be called now and then.
     void LookAfter();
     /// Brings the metrics up to date with what no frame tells of.
     void RefreshMetrics() const;

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <csignal>
 #include <string>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -38,6 +39,28 @@ TEST(QelServe, ListensUntilItIsToldToEnd) {
         EXPECT_EQ(outcome.exitCode, 128 + signal) << outcome.error;
         // Two seconds on a machine that has nothing else to do.
         EXPECT_LT(std::chrono::steady_clock::now() - told, std::chrono::seconds(20));
+    }
+}
+
+TEST(QelServe, EndsWhenItIsToldToWhileItStarts) {
+    TemporaryDirectory folder;
+    WriteMovingSquare(folder / "gate.mkv", {});
+    std::string const content =
+        R"({"streams": {"gate": {"source": "gate.mkv", "loop": true, "algorithms": ["threshold"]}}})";
+    WriteFile(folder / "config.json", content);
+    for (int const milliseconds : {0, 5, 10, 20, 40, 80, 160}) {
+        Command command = MakeProgram({"serve", folder / "config.json", "--listen", "127.0.0.1:0"});
+        bool isTold = false;
+        command.watch = [&](pid_t process, std::string const&) {
+            if (isTold) return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+            kill(process, SIGTERM);
+            isTold = true;
+        };
+        // Before it listens to signals, it is ended by them.
+        Outcome const outcome = RunProcess(command);
+        EXPECT_TRUE(outcome.exitCode == 128 + SIGTERM || outcome.exitCode == -SIGTERM) << outcome.error;
+        EXPECT_EQ(ReadFile(folder / "config.json"), content);
     }
 }
 

@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -44,6 +46,26 @@ private:
     pid_t process_ = -1;
 };
 
+std::set<std::string> ListFiles(test::TemporaryDirectory const& directory) {
+    std::set<std::string> names;
+    for (auto const& entry : std::filesystem::directory_iterator(directory.GetPath())) {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
+}
+
+TEST(RemoveUnfinished, RemovesWhatWasLeftOfTheFileAndNothingElse) {
+    test::TemporaryDirectory const directory;
+    for (char const* const name : {"file", "file.unfinished-aB3xYz", "file.unfinished-", "file.unfinished-aB3xYzz",
+                                   "file.backup", "other.unfinished-aB3xYz"}) {
+        test::WriteFile(directory / name, "");
+    }
+    RemoveUnfinished(directory / "file");
+    EXPECT_EQ(ListFiles(directory), (std::set<std::string>{"file", "file.backup", "file.unfinished-",
+                                                           "file.unfinished-aB3xYzz", "other.unfinished-aB3xYz"}));
+    EXPECT_NO_THROW(RemoveUnfinished(directory / "no/such/file"));
+}
+
 TEST(ReplaceFile, LeavesTheOldContentOrTheNewOneWheneverItIsKilled) {
     test::TemporaryDirectory const directory;
     std::string const path = directory / "file";
@@ -56,6 +78,9 @@ TEST(ReplaceFile, LeavesTheOldContentOrTheNewOneWheneverItIsKilled) {
         std::string const content = test::ReadFile(path);
         ASSERT_TRUE(content == contents[0] || content == contents[1]) << "killed at moment " << moment;
     }
+    EXPECT_GT(ListFiles(directory).size(), 1U) << "now and then it was killed in the middle";
+    RemoveUnfinished(path);
+    EXPECT_EQ(ListFiles(directory), std::set<std::string>{"file"});
 }
 
 }  // namespace

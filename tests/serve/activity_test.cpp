@@ -14,6 +14,8 @@ TEST(ActivityTest, SaysWhoKeepsTheThread) {
     EXPECT_EQ(activity.Describe(), "its algorithms are still being made");
     activity.Set(Activity::Kind::Source);
     EXPECT_EQ(activity.Describe(), "its source has not returned");
+    activity.Set(Activity::Kind::Publishing);
+    EXPECT_EQ(activity.Describe(), "what it has found is still being taken");
     auto const place = std::make_shared<std::atomic<std::size_t>>(0);
     activity.SetAlgorithms({"motion", "classifier"}, place);
     activity.Set(Activity::Kind::Algorithms);
@@ -22,7 +24,7 @@ TEST(ActivityTest, SaysWhoKeepsTheThread) {
     EXPECT_EQ(activity.Describe(), "the algorithm 'classifier' has not returned");
 }
 
-TEST(ActivityTest, TellsWhenAnAlgorithmHangsAndOfNothingElse) {
+TEST(ActivityTest, TellsWhenSomethingHangsAndNotWhenItWaits) {
     using namespace std::chrono_literals;
     Activity activity;
     struct Case {
@@ -30,10 +32,8 @@ TEST(ActivityTest, TellsWhenAnAlgorithmHangsAndOfNothingElse) {
         bool canHang;
     };
     constexpr Case Cases[] = {
-        {Activity::Kind::Waiting, false},
-        {Activity::Kind::MakingAlgorithms, true},
-        {Activity::Kind::Source, false},
-        {Activity::Kind::Algorithms, true},
+        {Activity::Kind::Waiting, false},   {Activity::Kind::MakingAlgorithms, true}, {Activity::Kind::Source, true},
+        {Activity::Kind::Algorithms, true}, {Activity::Kind::Publishing, true},
     };
     for (Case const& c : Cases) {
         activity.Set(c.kind);

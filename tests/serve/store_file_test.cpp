@@ -1,9 +1,11 @@
 #include <filesystem>
+#include <set>
 
 #include <gmock/gmock.h>
 
 #include "error.hpp"
 #include "store_fixture.hpp"
+#include "support/file_size_limit.hpp"
 #include "support/message_of.hpp"
 #include "support/unprivileged.hpp"
 
@@ -166,6 +168,30 @@ TEST_F(StoreFile, IsUsedByOneStoreAtATimeWhateverItsName) {
     }
     Open();
     EXPECT_EQ(Data("streams.gate.settings.Threshold.threshold"), "30");
+}
+
+TEST_F(StoreFile, ChangesNothingAndLeavesNothingBehindWhenTheDiskIsFull) {
+    OpenWith(Gate);
+    auto const document = store_->GetDocument();
+    {
+        test::FileSizeLimit const full(20);
+        EXPECT_THAT(test::MessageOf<host::Error>([&] { Patch(R"({"algorithms": {"Threshold": {"threshold": 30}}})"); }),
+                    StartsWith("cannot write '" + path_ + "': "));
+    }
+    EXPECT_EQ(store_->GetDocument(), document);
+    EXPECT_EQ(test::ReadFile(path_), Gate);
+    std::set<std::string> files;
+    for (auto const& entry : std::filesystem::directory_iterator(directory_.GetPath())) {
+        files.insert(entry.path().filename().string());
+    }
+    EXPECT_THAT(files, ElementsAre("config.json", "config.json.last-good", "config.json.lock"));
+    {
+        test::FileSizeLimit const full(20);
+        Open();
+        EXPECT_EQ(store_->GetSafeModeReason(), std::nullopt) << "it starts all the same";
+    }
+    Patch(R"({"algorithms": {"Threshold": {"threshold": 30}}})");
+    EXPECT_THAT(test::ReadFile(path_), HasSubstr("30"));
 }
 
 TEST_F(StoreFile, TellsOfOneThatCannotBeRead) {

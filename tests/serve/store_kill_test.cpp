@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <limits>
 #include <random>
 #include <thread>
@@ -90,6 +91,10 @@ TEST_F(StoreKilled, LeavesOneWholeStateThatWasApplied) {
     EXPECT_EQ(Run(100).exitCode, 0);
     EXPECT_EQ(ReadStates().size(), Changes + 1U);
     EXPECT_EQ(test::ReadFile(config_), ReadStates().front());
+    // What a kill has left beside the files is gone with the next start.
+    for (auto const& entry : std::filesystem::directory_iterator(directory_.GetPath())) {
+        EXPECT_EQ(entry.path().string().find(".unfinished-"), std::string::npos) << entry.path();
+    }
 }
 
 TEST_F(StoreKilled, LeavesOneWholeStateWhicheverCallOfTheSystemIsTheLast) {

@@ -1,10 +1,12 @@
 #include "stream.hpp"
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <set>
+#include <thread>
 #include <vector>
 
 #include <boost/json.hpp>
@@ -90,31 +92,54 @@ protected:
     prometheus::Registry registry;
     std::shared_ptr<StreamMetrics> metrics = StreamMetricsBook(registry).Get("gate");
     host::ReconnectPolicy retry{.firstWait = 1ms, .longestWait = 4ms, .goodFrames = 250};
-    std::chrono::seconds patience{10};
+    std::chrono::milliseconds patience{15'000};
     std::optional<Stream> stream;
 };
 
 TEST_F(StreamOf, AnAlgorithmThatDoesNotReturnIsToldOfUntilItDoes) {
     StreamSpec spec = Spec({"threshold", "hanging"});
     spec.loop = true;
-    patience = 1s;
+    patience = 300ms;
     Start(spec);
     ASSERT_TRUE(ReachesFrame(2));
-    stream->LookAfter();
-    EXPECT_EQ(stream->GetStatus().state, State::Running) << "it may take a while";
     EXPECT_TRUE(test::Happens([&] {
         stream->LookAfter();
         return stream->GetStatus().state == State::Waiting;
     }));
     stream->LookAfter();
-    EXPECT_EQ(stream->GetStatus().problem, "the algorithm 'hanging' has not returned for more than 1 seconds");
+    EXPECT_EQ(stream->GetStatus().problem, "the algorithm 'hanging' has not returned for more than 0.3 seconds");
     EXPECT_THAT(Metrics(), HasSubstr("qel_stream_running{stream=\"gate\"} 0"));
     spec.settings.at("hanging")->Set("hanging", false);
     ASSERT_TRUE(ReachesFrame(4));
     EXPECT_EQ(stream->GetStatus().problem, "");
     EXPECT_THAT(listener.GetStates(),
                 ElementsAre("starting", "running",
-                            "waiting: the algorithm 'hanging' has not returned for more than 1 seconds", "running"));
+                            "waiting: the algorithm 'hanging' has not returned for more than 0.3 seconds", "running"));
+}
+
+TEST_F(StreamOf, ASourceThatDoesNotReturnIsToldOfAndTheTimeBetweenTwoFramesIsNot) {
+    patience = 1s;
+    std::atomic<bool> isHanging = true;
+    Start(Spec(), [&](auto const&...) {
+        return std::make_unique<test::FakeSource>(
+            [&isHanging, next = 0]() mutable -> std::optional<host::FrameSource::Frame> {
+                while (next == 1 && isHanging) std::this_thread::sleep_for(1ms);
+                if (next == 2) return std::nullopt;
+                return test::MakeGreyFrame(5s * next++);
+            });
+    });
+    EXPECT_TRUE(test::Happens([&] {
+        stream->LookAfter();
+        return stream->GetStatus().problem == "its source has not returned for more than 1 seconds";
+    }));
+    isHanging = false;
+    EXPECT_TRUE(test::Happens([&] {
+        stream->LookAfter();
+        return stream->GetStatus().state == State::Ended;
+    }));
+    EXPECT_THAT(listener.GetStates(),
+                ElementsAre("starting", "running", "waiting: its source has not returned for more than 1 seconds",
+                            "running", "ended"));
 }
 
 TEST_F(StreamOf, AFileTellsTheLinesOfARunAndItsStates) {

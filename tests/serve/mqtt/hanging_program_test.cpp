@@ -77,7 +77,7 @@ TEST_F(HangingProgram, EndsAllTheSameSaysWhyAndHasStoredEverything) {
         EXPECT_EQ(answer.status, 200U) << answer.body;
         WaitFor(port, "gate", [](auto const& status) { return status.at("frames").template to_number<int>() >= 40; });
         WaitFor(port, "door", [](auto const& status) {
-            return status.at("problem") == "the algorithm 'hanging' has not returned for more than 10 seconds";
+            return status.at("problem") == "the algorithm 'hanging' has not returned for more than 15 seconds";
         });
     });
     EXPECT_EQ(outcome.exitCode, 128 + SIGTERM);

@@ -1,14 +1,13 @@
 // What the disk may do to a spool.
 #include <algorithm>
-#include <csignal>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "error.hpp"
 #include "mqtt/spool.hpp"
+#include "support/file_size_limit.hpp"
 #include "support/message_of.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/unprivileged.hpp"
@@ -16,6 +15,7 @@
 namespace qel::serve::mqtt {
 namespace {
 
+using test::FileSizeLimit;
 using test::MessageOf;
 using test::ReadFile;
 using test::TemporaryDirectory;
@@ -37,26 +37,6 @@ std::vector<std::string> Segments(TemporaryDirectory const& folder) {
     std::sort(paths.begin(), paths.end());
     return paths;
 }
-
-/// Lets no file of the process grow beyond a size, as a full disk does.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : formerHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &former_);
-        rlimit const limit{bytes, former_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FileSizeLimit(FileSizeLimit const&) = delete;
-    FileSizeLimit& operator=(FileSizeLimit const&) = delete;
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &former_);
-        std::signal(SIGXFSZ, formerHandler_);
-    }
-
-private:
-    rlimit former_{};
-    void (*formerHandler_)(int);
-};
 
 TEST(SpoolFailure, ARecordCutShortAtAnyByteIsLeftOutAndTheOnesBeforeItAreKept) {
     TemporaryDirectory const folder;
