@@ -1,7 +1,8 @@
 // A region that fits into a window of 64 columns is grown there. Others are filled by runs: each run is extended,
 // filled at once, and the rows above and below it are searched for runs that it touches. dst is the record of what has
-// been visited. Rows are searched word by word. Where many runs come to wait, the region is grown by whole rows from
-// there for as long as that gains much, and finished by runs.
+// been visited. Rows are searched word by word; where a run keeps its ends from row to row they are compared instead.
+// Where many runs come to wait, the region is grown by whole rows from there for as long as that gains much, and
+// finished by runs.
 #include "qel/algorithm/bit_mask/flood_fill.hpp"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 
 #include "bit_mask/region_sweep.hpp"
 #include "bit_mask/scan_row.hpp"
+#include "bit_mask/straight_run_kernels.hpp"
 #include "bit_mask/window_fill.hpp"
 #include "bit_mask/word_masks.hpp"
 #include "qel/algorithm/bit_mask/fill_scan_line.hpp"
@@ -43,6 +45,9 @@ public:
         std::size_t i = (end + 1) / 32;
         std::size_t const last = (width - 1) / 32;
         std::uint32_t ends = ~(*this)[i] & HeadMask(end + 1);
+        if (ends == 0) {
+            while (i + 4 < last && ((*this)[i + 1] & (*this)[i + 2] & (*this)[i + 3] & (*this)[i + 4]) == ~0U) i += 4;
+        }
         while (ends == 0 && i != last) ends = ~(*this)[++i];
         unsigned int const next = static_cast<unsigned int>(32 * i) + static_cast<unsigned int>(std::countl_zero(ends));
         return std::min(next, width) - 1;
@@ -113,8 +118,10 @@ public:
         // The seed is filled whatever it is; every later run only for what is left of it.
         FillRun(seed.x, seed.x, seed.y, false, true, true);
         for (std::size_t filled = 1; !stack_.empty(); ++filled) {
-            // Blobs, windings and whole rows leave a dozen waiting, noise and letters hundreds.
-            if (filled % 16 == 0 && stack_.size() >= many_) Sweep();
+            // Blobs, windings and whole rows leave a dozen waiting, noise and letters hundreds. Nothing is faster than
+            // runs that keep their ends.
+            bool const ragged = straightRows_ < 4 * filled;
+            if (filled % 16 == 0 && ragged && stack_.size() >= many_) Sweep();
             if (!stack_.empty()) FillNext();
         }
     }
@@ -126,7 +133,26 @@ private:
         std::uint32_t const start = top.start, end = top.end, row = top.row;
         bool const direction = top.direction, extendLeft = top.extendLeft, extendRight = top.extendRight;
         stack_.pop();
-        if (Row(row).Has(start)) FillRun(start, end, row, direction, extendLeft, extendRight);
+        if (!Row(row).Has(start)) return;
+        // A range that ends where what was searched did would have to be extended.
+        bool const straight = start == lastFirst_ && end == lastEnd_ && !extendLeft && !extendRight;
+        if (straight && (end + 1) / 32 - (start - 1) / 32 < MaxStraightWords) {
+            FillStraightRun(start, end, row, direction);
+        } else {
+            FillRun(start, end, row, direction, extendLeft, extendRight);
+        }
+    }
+
+    /// Fills a run that has the ends of the one it was found beside, and goes on from there while they stay the same.
+    [[gnu::noinline]] void FillStraightRun(std::uint32_t first, std::uint32_t last, std::uint32_t y, bool direction) {
+        std::size_t const left = direction ? height_ - y : y + 1;
+        std::ptrdiff_t const step =
+            direction ? static_cast<std::ptrdiff_t>(stride_) : -static_cast<std::ptrdiff_t>(stride_);
+        std::size_t const rows = fillStraightRun_(src_ + y * stride_, dst_ + y * stride_, step, left, first, last);
+        straightRows_ += rows;
+        if (rows == left) return;
+        auto const passed = static_cast<std::uint32_t>(rows);
+        ScanRow(src_, dst_, width_, stride_, stack_, first, last, direction ? y + passed : y - passed, direction);
     }
 
     /// Goes on by whole rows from the pending runs; leaves pending those that are worth no more rows.
@@ -158,6 +184,9 @@ private:
         FillableRow const row(src, dst);
         unsigned int const start = extendLeft ? row.ExtendLeft(first) : first;
         unsigned int const end = extendRight ? row.ExtendRight(last, width) : last;
+        // Before the fill, or what is held in registers would have to be read again.
+        lastFirst_ = start;
+        lastEnd_ = end;
         FillColumns(dst, start, end);
         auto const exists = [this, y](bool below) { return below ? y + 1 < height_ : y > 0; };
         if (exists(direction)) {
@@ -180,7 +209,10 @@ private:
     unsigned int height_;
     std::size_t stride_;
     std::stack<Range> stack_;
-    std::size_t many_ = 96;  ///< runs pending that make whole rows worth trying
+    decltype(StraightRunKernel::fill) fillStraightRun_ = GetStraightRunKernel().fill;
+    std::uint32_t lastFirst_ = 0, lastEnd_ = 0;  ///< columns of the run that was extended last
+    std::size_t straightRows_ = 0;               ///< filled by runs that kept their ends
+    std::size_t many_ = 96;                      ///< runs pending that make whole rows worth trying
 };
 
 }  // namespace
