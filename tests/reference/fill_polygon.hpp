@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <boost/polygon/polygon.hpp>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -65,7 +66,10 @@ inline std::optional<std::vector<Trapezoid>> CutApart(Region const& region) {
     pid_t const child = fork();
     if (child < 0) throw std::runtime_error("No process for Boost.Polygon");
     if (child == 0) {
-        close(STDERR_FILENO);  // of a crash nobody reads
+        // Of a crash nobody reads, and no fuzzer leaves a file.
+        close(STDERR_FILENO);
+        rlimit const none{};
+        setrlimit(RLIMIT_NOFILE, &none);
         std::FILE* const out = fdopen(ends[1], "wb");
         for (Trapezoid const& trapezoid : Cut(region)) {
             for (auto const& point : trapezoid) {
