@@ -59,9 +59,11 @@ void Grow(Input& input) {
         Lanes const empty(LaneGroup + pitch);
         std::size_t const changed = kernels.grow(around.data() + LaneGroup, empty.data() + LaneGroup, fillable.data(),
                                                  region.data(), scratch.data(), lanes);
+        std::size_t const added = kernels.unite(around.data() + LaneGroup, region.data(), lanes);
         Words dst(blocked);
         kernels.store(region.data(), dst.data(), words);
         dst.push_back(static_cast<std::uint32_t>(changed));
+        dst.push_back(static_cast<std::uint32_t>(added));
         if (first.empty()) first = dst;
         Check(dst == first, kernels.name);
     }

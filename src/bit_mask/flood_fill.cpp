@@ -212,7 +212,7 @@ private:
     decltype(StraightRunKernel::fill) fillStraightRun_ = GetStraightRunKernel().fill;
     std::uint32_t lastFirst_ = 0, lastEnd_ = 0;  ///< columns of the run that was extended last
     std::size_t straightRows_ = 0;               ///< filled by runs that kept their ends
-    std::size_t many_ = 96;                      ///< runs pending that make whole rows worth trying
+    std::size_t many_ = 64;                      ///< runs pending that make whole rows worth trying
 };
 
 }  // namespace

@@ -108,6 +108,15 @@ std::size_t GrowPlain(Lane const* above, Lane const* below, Lane const* fillable
     return changed;
 }
 
+std::size_t UnitePlain(Lane const* other, Lane* region, std::size_t lanes) {
+    std::size_t changed = 0;
+    for (std::size_t i = 0; i < lanes; ++i) {
+        changed += (other[i] & ~region[i]) != 0 ? 1 : 0;
+        region[i] |= other[i];
+    }
+    return changed;
+}
+
 #if defined(__x86_64__)
 
 #define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi,avx512vbmi2,gfni")
@@ -202,8 +211,19 @@ constexpr long long ReversingMatrix = static_cast<long long>(0x8040201008040201U
     return changed;
 }
 
-constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, StorePlain},
-                             LaneKernels{"avx512", LoadAvx512, GrowAvx512, StoreAvx512}};
+[[QEL_TARGET_AVX512]] std::size_t UniteAvx512(Lane const* other, Lane* region, std::size_t lanes) {
+    std::size_t changed = 0;
+    for (std::size_t i = 0; i < lanes; i += 8) {
+        __m512i const added = _mm512_loadu_si512(other + i), old = _mm512_loadu_si512(region + i);
+        __m512i const both = _mm512_or_si512(added, old);
+        changed += static_cast<std::size_t>(__builtin_popcount(_mm512_cmpneq_epi64_mask(both, old)));
+        _mm512_storeu_si512(region + i, both);
+    }
+    return changed;
+}
+
+constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, UnitePlain, StorePlain},
+                             LaneKernels{"avx512", LoadAvx512, GrowAvx512, UniteAvx512, StoreAvx512}};
 
 std::size_t CountSupported() {
     if (!__builtin_cpu_supports("avx512bw") || !__builtin_cpu_supports("avx512vbmi")) return 1;
@@ -212,7 +232,7 @@ std::size_t CountSupported() {
 
 #else
 
-constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, StorePlain}};
+constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, UnitePlain, StorePlain}};
 
 std::size_t CountSupported() { return 1; }
 

@@ -29,6 +29,10 @@ struct LaneKernels {
     std::size_t (*grow)(Lane const* above, Lane const* below, Lane const* fillable, Lane* region, Lane* scratch,
                         std::size_t lanes);
 
+    /// Adds what another row of the region has. Returns how many lanes that changed; those that fill up a group are
+    /// empty in both.
+    std::size_t (*unite)(Lane const* other, Lane* region, std::size_t lanes);
+
     /// Sets the region's pixels in dst.
     void (*store)(Lane const* region, std::uint32_t* dst, std::size_t words);
 };

@@ -57,17 +57,44 @@ void RegionSweep::Open(std::size_t row) {
 }
 
 void RegionSweep::OpenNeighbours(std::size_t row) {
-    if (row > 0) Open(row - 1);
-    if (row + 1 < height_) Open(row + 1);
+    if (row > 0) {
+        Open(row - 1);
+        rows_[row - 1].changedBelow = true;
+    }
+    if (row + 1 < height_) {
+        Open(row + 1);
+        rows_[row + 1].changedAbove = true;
+    }
+}
+
+bool RegionSweep::IsRepeated(std::size_t row) {
+    auto& content = rows_[row].content;
+    if (content == RowState::Unknown) {
+        bool const same = std::equal(Fillable(row), Fillable(row) + lanes_, Fillable(row - 1));
+        content = same ? RowState::Repeated : RowState::Different;
+    }
+    return content == RowState::Repeated;
+}
+
+std::size_t RegionSweep::Grow(std::size_t row, bool byAbove, bool byBelow) {
+    // Regions hold whole runs: where a neighbour has the very same ones the row takes over which.
+    bool const takesOver = (!byAbove || IsRepeated(row)) && (!byBelow || IsRepeated(row + 1));
+    Lane* const region = Region(row);
+    if (!takesOver) {
+        return kernels_->grow(region - pitch_, region + pitch_, Fillable(row), region, scratch_.get(), lanes_);
+    }
+    std::size_t changed = 0;
+    if (byAbove) changed += kernels_->unite(region - pitch_, region, lanes_);
+    if (byBelow) changed += kernels_->unite(region + pitch_, region, lanes_);
+    return changed;
 }
 
 void RegionSweep::Update(std::size_t row) {
     if (!rows_[row].open) return;
-    rows_[row].open = false;
+    bool const byAbove = rows_[row].changedAbove, byBelow = rows_[row].changedBelow;
+    rows_[row].open = rows_[row].changedAbove = rows_[row].changedBelow = false;
     ++visited_;
-    Lane* const region = Region(row);
-    std::size_t const changed =
-        kernels_->grow(region - pitch_, region + pitch_, Fillable(row), region, scratch_.get(), lanes_);
+    std::size_t const changed = Grow(row, byAbove, byBelow);
     if (changed == 0) return;
     gained_ += changed;
     OpenNeighbours(row);

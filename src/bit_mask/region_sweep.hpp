@@ -40,6 +40,10 @@ private:
     /// Opens the rows beside one that has changed.
     void OpenNeighbours(std::size_t row);
     void Update(std::size_t row);
+    /// Whether a row has the same fillable pixels as the one above it.
+    bool IsRepeated(std::size_t row);
+    /// Grows a row by what has changed above or below it. Returns how many lanes that changed.
+    std::size_t Grow(std::size_t row, bool byAbove, bool byBelow);
 
     BitMask const* src_;
     BitMask* dst_;
@@ -54,6 +58,8 @@ private:
     LaneKernels const* kernels_ = &GetLaneKernels();
     struct RowState {
         bool prepared, open;
+        bool changedAbove, changedBelow;  ///< which neighbours have changed since the row was grown
+        enum : std::uint8_t { Unknown, Repeated, Different } content;
     };
     std::vector<RowState> rows_;
     std::size_t visited_ = 0, gained_ = 0;  ///< rows grown in a sweep, and lanes that this changed

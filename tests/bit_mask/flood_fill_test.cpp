@@ -185,6 +185,25 @@ TEST(FloodFill8Way, GivesTheDefinitionOnBlocks) {
     }
 }
 
+TEST(FloodFill8Way, GivesTheDefinitionOnLowBlocks) {
+    // Too low to be filled each by itself: grown by whole rows, of which many have the same runs as a neighbour.
+    std::mt19937 random(61);
+    for (int i = 0; i < 40; ++i) {
+        BitMask::Size const size{reference::Draw(random, 500, 1000), reference::Draw(random, 60, 200)};
+        unsigned int const width = reference::Draw(random, 1, 9), height = reference::Draw(random, 2, 6);
+        BitMask const blocks = reference::Noise(size, reference::Draw(random, 40, 70), random);
+        BitMask const specks = reference::Noise(size, i % 3 == 0 ? 1 : 0, random);
+        BitMask const src = reference::Draw(size, random, [&](unsigned int x, unsigned int y) {
+            return reference::Get(blocks, x / width, y / height) != reference::Get(specks, x, y);
+        });
+        BitMask dst = i % 2 == 0 ? BitMask() : reference::Noise(size, 1, random);
+        geometry::Point<unsigned int, 2> const seed{size.width / 2, size.height / 2};
+        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
+        FloodFill8Way(src, dst, seed, 1);
+        ASSERT_EQ(dst, expected) << size << ", blocks " << width << " x " << height;
+    }
+}
+
 TEST(FloodFill8Way, GivesTheDefinitionWhereNoiseOpensIntoWindings) {
     // Begun by whole rows, which stop gaining, and finished by runs.
     std::mt19937 random(57);

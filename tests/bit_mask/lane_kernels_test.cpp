@@ -88,6 +88,25 @@ TEST_P(LaneLoops, GrowByWholeRunsThatTouchTheRowsAboveAndBelow) {
     }
 }
 
+TEST_P(LaneLoops, AddWhatAnotherRowHas) {
+    std::mt19937 random(60);
+    for (int round = 0; round < 20; ++round) {
+        for (std::size_t const count : Counts) {
+            Row other(count, round % 4 == 0 ? 0 : reference::Draw(random, 0, 3), random);
+            Row region(count, reference::Draw(random, 0, 60), random);
+            std::vector<bool> expected(64 * count), changed(count);
+            for (std::size_t x = 0; x < 64 * count; ++x) {
+                expected[x] = region.Get(x) || other.Get(x);
+                if (expected[x] != region.Get(x)) changed[x / 64] = true;
+            }
+            ASSERT_EQ(GetParam().unite(other.Begin(), region.Begin(), count),
+                      static_cast<std::size_t>(std::count(changed.begin(), changed.end(), true)));
+            for (std::size_t x = 0; x < 64 * count; ++x) ASSERT_EQ(region.Get(x), expected[x]) << count << ", " << x;
+            ASSERT_TRUE(region.IsEmptyAround());
+        }
+    }
+}
+
 TEST_P(LaneLoops, TakeWordsAndGiveThemBack) {
     std::mt19937 random(55);
     for (std::size_t const words : {1U, 2U, 3U, 15U, 16U, 17U, 24U, 31U, 32U, 33U, 60U, 120U}) {
