@@ -122,12 +122,13 @@ Assets::Assets(boost::filesystem::path const& folder) {
 }
 
 Response Assets::Get(Request const& request, std::string const& path) const {
-    if (!folder_) {
-        if (!path.empty()) throw MakeNotFound();
+    // A build tree has the folder before it has the page.
+    if (path.empty() && (!folder_ || faccessat(folder_.Get(), "index.html", F_OK, 0) != 0)) {
         throw Problem(404,
-                      "the page is not installed: name its folder with --assets; /api/openapi.json tells what "
-                      "there is besides");
+                      "the page is not installed: name its folder with --assets, or build it (target qel_page); "
+                      "/api/openapi.json tells what there is besides");
     }
+    if (!folder_) throw MakeNotFound();
     std::string const file = path.empty() ? "index.html" : path;
     Descriptor opened = Open(folder_.Get(), file);
     struct stat status {};

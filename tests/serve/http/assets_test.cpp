@@ -94,17 +94,26 @@ TEST_F(Page, LeadsNowhereElse) {
     EXPECT_EQ(GetStatus(std::string(5000, 'a')), 404U);
 }
 
-TEST(Assets, SayWhenThereAreNone) {
-    Assets const none{boost::filesystem::path()};
+/// What a person is told who wants to see the page of that folder.
+std::string GetReason(boost::filesystem::path const& folder) {
     try {
-        none.Get({}, "");
-        FAIL();
+        Assets(folder).Get({}, "");
     } catch (Problem const& problem) {
-        EXPECT_STREQ(problem.what(),
-                     "the page is not installed: name its folder with --assets; /api/openapi.json tells "
-                     "what there is besides");
         EXPECT_EQ(problem.GetStatus(), 404U);
+        return problem.what();
     }
+    return "";
+}
+
+TEST(Assets, SayWhenThereAreNone) {
+    std::string const reason =
+        "the page is not installed: name its folder with --assets, or build it (target qel_page); "
+        "/api/openapi.json tells what there is besides";
+    EXPECT_EQ(GetReason({}), reason);
+    // As in a build tree whose page has not been built.
+    test::TemporaryDirectory const empty;
+    EXPECT_EQ(GetReason(empty.GetPath().string()), reason);
+    EXPECT_THROW(Assets({}).Get({}, "main.js"), Problem);
     EXPECT_THROW(Assets("/nowhere"), host::UsageError);
 }
 
