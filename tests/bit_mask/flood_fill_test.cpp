@@ -166,41 +166,37 @@ TEST(FloodFill8Way, GivesTheDefinitionOnLargeNoise) {
     }
 }
 
+/// Fills from the middle of a mask made of blocks of width x height pixels, some pixels of which differ.
+void CompareOnBlocks(BitMask::Size size, unsigned int width, unsigned int height, int round, std::mt19937& random) {
+    BitMask const blocks = reference::Noise(size, reference::Draw(random, 40, 75), random);
+    BitMask const specks = reference::Noise(size, round % 3 == 0 ? 1 : 0, random);
+    BitMask const src = reference::Draw(size, random, [&](unsigned int x, unsigned int y) {
+        return reference::Get(blocks, x / width, y / height) != reference::Get(specks, x, y);
+    });
+    BitMask dst = round % 2 == 0 ? BitMask() : reference::Noise(size, 1, random);
+    geometry::Point<unsigned int, 2> const seed{size.width / 2, size.height / 2};
+    BitMask const expected = reference::FloodFill8Way(src, dst, seed);
+    FloodFill8Way(src, dst, seed, 1);
+    ASSERT_EQ(dst, expected) << size << ", blocks " << width << " x " << height;
+}
+
 TEST(FloodFill8Way, GivesTheDefinitionOnBlocks) {
     // Runs keep their ends over the height of a block, but where a pixel differs or the destination holds some.
     std::mt19937 random(59);
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 300 && !HasFatalFailure(); ++i) {
         BitMask::Size const size{reference::Draw(random, 80, 900), reference::Draw(random, 1, 90)};
         unsigned int const width = reference::Draw(random, 2, 120), height = reference::Draw(random, 2, 40);
-        BitMask const blocks = reference::Noise(size, reference::Draw(random, 40, 80), random);
-        BitMask const specks = reference::Noise(size, i % 3 == 0 ? 1 : 0, random);
-        BitMask const src = reference::Draw(size, random, [&](unsigned int x, unsigned int y) {
-            return reference::Get(blocks, x / width, y / height) != reference::Get(specks, x, y);
-        });
-        BitMask dst = i % 2 == 0 ? BitMask() : reference::Noise(size, 1, random);
-        geometry::Point<unsigned int, 2> const seed{size.width / 2, size.height / 2};
-        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
-        FloodFill8Way(src, dst, seed, 1);
-        ASSERT_EQ(dst, expected) << size << ", blocks " << width << " x " << height;
+        CompareOnBlocks(size, width, height, i, random);
     }
 }
 
 TEST(FloodFill8Way, GivesTheDefinitionOnLowBlocks) {
     // Too low to be filled each by itself: grown by whole rows, of which many have the same runs as a neighbour.
     std::mt19937 random(61);
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 40 && !HasFatalFailure(); ++i) {
         BitMask::Size const size{reference::Draw(random, 500, 1000), reference::Draw(random, 60, 200)};
         unsigned int const width = reference::Draw(random, 1, 9), height = reference::Draw(random, 2, 6);
-        BitMask const blocks = reference::Noise(size, reference::Draw(random, 40, 70), random);
-        BitMask const specks = reference::Noise(size, i % 3 == 0 ? 1 : 0, random);
-        BitMask const src = reference::Draw(size, random, [&](unsigned int x, unsigned int y) {
-            return reference::Get(blocks, x / width, y / height) != reference::Get(specks, x, y);
-        });
-        BitMask dst = i % 2 == 0 ? BitMask() : reference::Noise(size, 1, random);
-        geometry::Point<unsigned int, 2> const seed{size.width / 2, size.height / 2};
-        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
-        FloodFill8Way(src, dst, seed, 1);
-        ASSERT_EQ(dst, expected) << size << ", blocks " << width << " x " << height;
+        CompareOnBlocks(size, width, height, i, random);
     }
 }
 
