@@ -68,8 +68,7 @@ void AddOptions(CLI::App& command, Options& options) {
         "  qel serve cameras.json --mqtt mqtts://me@broker.example/site --mqtt-password-file ~/.qel-broker\n"
         "  curl http://127.0.0.1:8080/api/streams\n\n"
         "It ends on SIGINT (Ctrl-C) and SIGTERM, after 5 seconds also where an algorithm or a source does not return; "
-        "at "
-        "once when the signal comes again. GET /api/openapi.json describes what can be asked and changed.");
+        "at once when the signal comes again. GET /api/openapi.json describes what can be asked and changed.");
 }
 
 serve::http::Endpoint GetEndpoint(Options const& options) {

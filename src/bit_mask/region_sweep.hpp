@@ -40,7 +40,7 @@ private:
     /// Opens the rows beside one that has changed.
     void OpenNeighbours(std::size_t row);
     void Update(std::size_t row);
-    /// Whether a row has the same fillable pixels as the one above it.
+    /// Whether a row has the same fillable pixels as the one above it; found once, when all has been added.
     bool IsRepeated(std::size_t row);
     /// Grows a row by what has changed above or below it. Returns how many lanes that changed.
     std::size_t Grow(std::size_t row, bool byAbove, bool byBelow);

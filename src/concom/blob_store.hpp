@@ -9,8 +9,8 @@
 
 namespace qel::algorithm::concom {
 
-/// What is counted on a record: area and box, but for the first row. Four numbers in one vector, which all start at 0
-/// and only grow, so that a run is counted at once; the columns are noted by their distance to the largest number, too.
+/// What is counted on a record: area and box, but for the first row. Four numbers in one vector, so that a run is
+/// counted at once: all start at 0 and only grow, which is why the first column is held as its complement.
 class InternalBlob {
 public:
     /// Counts columns first to end - 1 of row y. Rows must not come out of order.
