@@ -4,7 +4,10 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <mutex>
+#include <set>
 #include <stdexcept>
+#include <tuple>
+#include <utility>
 
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
@@ -18,6 +21,7 @@ struct Subscriber::Shared {
     bool subscribed = false;
     std::atomic<bool> stopping = false;
     std::vector<Received> messages{};
+    std::set<std::tuple<int, std::string, std::string>> known{};
 };
 
 Subscriber::Subscriber(unsigned short port, std::string const& filter, std::string const& name)
@@ -58,6 +62,11 @@ Subscriber::Subscriber(unsigned short port, std::string const& filter, std::stri
             }
             auto& shared = *static_cast<Shared*>(self);
             std::lock_guard const guard(shared.mutex);
+            // A broker that is started again may not remember how far a message came, and delivers it once more under
+            // the same identifier. What was published twice comes under two of them.
+            bool const isNew =
+                received.number.empty() || shared.known.emplace(message->mid, received.run, received.number).second;
+            if (!isNew) return;
             shared.messages.push_back(std::move(received));
             shared.changed.notify_all();
         });

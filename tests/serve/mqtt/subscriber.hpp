@@ -21,7 +21,7 @@ struct Received {
 };
 
 /// Takes messages from a broker with quality of service 2 and a session that is kept, and comes back when the broker
-/// does.
+/// does. What the broker delivers a second time under one identifier is taken once.
 class Subscriber {
 public:
     /// Returns when the broker has confirmed the subscription.
