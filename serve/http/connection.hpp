@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +11,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include "http/gate.hpp"
 #include "http/limits.hpp"
 #include "http/request_reader.hpp"
 #include "http/site.hpp"
@@ -67,7 +69,6 @@ private:
         Lingering,  ///< all is said; what still comes is thrown away until the client closes
         Closed
     };
-    struct Gate;
 
     void SetPhase(Phase phase);
     void SetDeadline(std::chrono::milliseconds time);

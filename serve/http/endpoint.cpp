@@ -1,9 +1,10 @@
+#include "http/endpoint.hpp"
+
 #include <charconv>
 
 #include <boost/asio/ip/address.hpp>
 
 #include "error.hpp"
-#include "http/server.hpp"
 
 namespace qel::serve::http {
 

@@ -2,31 +2,14 @@
 
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
 
+#include "http/endpoint.hpp"
 #include "http/limits.hpp"
 #include "http/site.hpp"
 
 namespace qel::serve::http {
-
-/// Where a server listens.
-struct Endpoint {
-    /// Numeric: "127.0.0.1", "::1".
-    std::string address = "127.0.0.1";
-    /// 0: a free one.
-    std::uint16_t port = 0;
-
-    /// Whether only this machine reaches it.
-    bool IsLoopback() const;
-    /// "http://127.0.0.1:8080", "http://[::1]:8080".
-    std::string ToUrl() const;
-};
-
-/// Reads "ADDRESS:PORT" or "[ADDRESS]:PORT", "localhost" being 127.0.0.1. Throws host::UsageError.
-Endpoint ParseEndpoint(std::string const& text);
 
 /// Speaks HTTP/1.1 on one port: few threads for all connections, on which nothing waits, and a few more for answers
 /// that have to. What a client does slowly, wrongly or too often costs that client its connection and nobody else
