@@ -44,6 +44,17 @@ void StorePlain(Lane const* region, std::uint32_t* dst, std::size_t words) {
     if (words % 2 != 0) dst[words - 1] |= Reverse(static_cast<std::uint32_t>(region[words / 2]));
 }
 
+std::size_t CountRepeatedPlain(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words,
+                               std::ptrdiff_t step, std::size_t rows) {
+    for (std::size_t row = 0; row < rows; ++row, src += step, dst += step) {
+        std::uint32_t const *const nextSrc = src + step, *const nextDst = dst + step;
+        for (std::size_t i = 0; i < words; ++i) {
+            if ((src[i] & ~dst[i]) != (nextSrc[i] & ~nextDst[i])) return row;
+        }
+    }
+    return rows;
+}
+
 /// Writes to seeds the region and what touches it in the rows above and below; false when nothing does.
 bool FindSeeds(Lane const* above, Lane const* below, Lane const* fillable, Lane const* region, Lane* seeds,
                std::size_t lanes) {
@@ -108,15 +119,6 @@ std::size_t GrowPlain(Lane const* above, Lane const* below, Lane const* fillable
     return changed;
 }
 
-std::size_t UnitePlain(Lane const* other, Lane* region, std::size_t lanes) {
-    std::size_t changed = 0;
-    for (std::size_t i = 0; i < lanes; ++i) {
-        changed += (other[i] & ~region[i]) != 0 ? 1 : 0;
-        region[i] |= other[i];
-    }
-    return changed;
-}
-
 #if defined(__x86_64__)
 
 #define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi,avx512vbmi2,gfni")
@@ -145,15 +147,31 @@ constexpr long long ReversingMatrix = static_cast<long long>(0x8040201008040201U
     return static_cast<__mmask16>(count < 16 ? (1U << count) - 1U : 0xFFFFU);
 }
 
+/// The fillable pixels of 16 words.
+[[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i LoadFree(std::uint32_t const* src, std::uint32_t const* dst,
+                                                                  __mmask16 used) {
+    return _mm512_andnot_si512(_mm512_maskz_loadu_epi32(used, dst), _mm512_maskz_loadu_epi32(used, src));
+}
+
 [[QEL_TARGET_AVX512]] void LoadAvx512(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words,
                                       Lane* fillable, Lane* region, std::size_t pitch) {
     for (std::size_t i = 0; i < pitch; i += 8) {
         __mmask16 const used = FirstWords(words - std::min(words, 2 * i));
-        __m512i const free = _mm512_andnot_si512(_mm512_maskz_loadu_epi32(used, dst + 2 * i),
-                                                 _mm512_maskz_loadu_epi32(used, src + 2 * i));
-        _mm512_storeu_si512(fillable + i, ReverseWords(free));
+        _mm512_storeu_si512(fillable + i, ReverseWords(LoadFree(src + 2 * i, dst + 2 * i, used)));
         _mm512_storeu_si512(region + i, _mm512_setzero_si512());
     }
+}
+
+[[QEL_TARGET_AVX512]] std::size_t CountRepeatedAvx512(std::uint32_t const* src, std::uint32_t const* dst,
+                                                      std::size_t words, std::ptrdiff_t step, std::size_t rows) {
+    for (std::size_t row = 0; row < rows; ++row, src += step, dst += step) {
+        for (std::size_t i = 0; i < words; i += 16) {
+            __mmask16 const used = FirstWords(words - i);
+            __m512i const here = LoadFree(src + i, dst + i, used);
+            if (_mm512_cmpneq_epi32_mask(here, LoadFree(src + step + i, dst + step + i, used)) != 0) return row;
+        }
+    }
+    return rows;
 }
 
 [[QEL_TARGET_AVX512]] void StoreAvx512(Lane const* region, std::uint32_t* dst, std::size_t words) {
@@ -211,19 +229,8 @@ constexpr long long ReversingMatrix = static_cast<long long>(0x8040201008040201U
     return changed;
 }
 
-[[QEL_TARGET_AVX512]] std::size_t UniteAvx512(Lane const* other, Lane* region, std::size_t lanes) {
-    std::size_t changed = 0;
-    for (std::size_t i = 0; i < lanes; i += 8) {
-        __m512i const added = _mm512_loadu_si512(other + i), old = _mm512_loadu_si512(region + i);
-        __m512i const both = _mm512_or_si512(added, old);
-        changed += static_cast<std::size_t>(__builtin_popcount(_mm512_cmpneq_epi64_mask(both, old)));
-        _mm512_storeu_si512(region + i, both);
-    }
-    return changed;
-}
-
-constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, UnitePlain, StorePlain},
-                             LaneKernels{"avx512", LoadAvx512, GrowAvx512, UniteAvx512, StoreAvx512}};
+constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, CountRepeatedPlain, GrowPlain, StorePlain},
+                             LaneKernels{"avx512", LoadAvx512, CountRepeatedAvx512, GrowAvx512, StoreAvx512}};
 
 std::size_t CountSupported() {
     if (!__builtin_cpu_supports("avx512bw") || !__builtin_cpu_supports("avx512vbmi")) return 1;
@@ -232,7 +239,7 @@ std::size_t CountSupported() {
 
 #else
 
-constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, GrowPlain, UnitePlain, StorePlain}};
+constexpr std::array Kernels{LaneKernels{"plain", LoadPlain, CountRepeatedPlain, GrowPlain, StorePlain}};
 
 std::size_t CountSupported() { return 1; }
 

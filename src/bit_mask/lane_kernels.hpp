@@ -22,16 +22,17 @@ struct LaneKernels {
     void (*load)(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words, Lane* fillable, Lane* region,
                  std::size_t pitch);
 
+    /// How many of the given number of rows that follow the first, each by a step of words, have the same pixels set in
+    /// src and clear in dst; counts up to the first that has not.
+    std::size_t (*countRepeated)(std::uint32_t const* src, std::uint32_t const* dst, std::size_t words,
+                                 std::ptrdiff_t step, std::size_t rows);
+
     /// Grows the region of a row: by what is fillable and touches, diagonally as well, the region in the rows above
     /// and below, and by the rest of the runs of fillable pixels that this reaches. Returns how many lanes that
     /// changed. The lanes before the first and behind the last of each row are empty; so are those that fill up a
     /// group. scratch: two rows of lanes, whatever they hold.
     std::size_t (*grow)(Lane const* above, Lane const* below, Lane const* fillable, Lane* region, Lane* scratch,
                         std::size_t lanes);
-
-    /// Adds what another row of the region has. Returns how many lanes that changed; those that fill up a group are
-    /// empty in both.
-    std::size_t (*unite)(Lane const* other, Lane* region, std::size_t lanes);
 
     /// Sets the region's pixels in dst.
     void (*store)(Lane const* region, std::uint32_t* dst, std::size_t words);

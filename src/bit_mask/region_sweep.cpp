@@ -9,95 +9,81 @@ RegionSweep::RegionSweep(BitMask const& src, BitMask& dst, std::size_t height)
       dst_(&dst),
       height_(height),
       lanes_((src.GetStride() + 1) / 2),
-      pitch_((lanes_ + LaneGroup) / LaneGroup * LaneGroup),
+      pitch_((lanes_ + LaneGroup) / LaneGroup),
       last_(~Lane{0} >> (64U * lanes_ - src.GetSize().width)),
-      fillable_(std::make_unique_for_overwrite<Lane[]>(height_ * pitch_)),
-      // A group more in front: the lane before the first is read.
-      region_(std::make_unique_for_overwrite<Lane[]>(LaneGroup + (height_ + 2) * pitch_)),
-      scratch_(std::make_unique_for_overwrite<Lane[]>(2 * pitch_)),
+      groups_(std::make_unique_for_overwrite<AlignedGroup[]>(2 * pitch_ * (height_ + 3))),
       rows_(height_),
       lowest_(height_) {
-    std::fill_n(region_.get(), LaneGroup + pitch_, Lane{0});
-    std::fill_n(Region(height_), pitch_, Lane{0});
+    for (std::size_t const outside : {std::size_t{0} - 1, height_}) {
+        std::fill_n(Fillable(outside), 2 * LaneGroup * pitch_, Lane{0});
+    }
 }
 
-void RegionSweep::Prepare(std::size_t row) {
-    if (rows_[row].prepared) return;
-    rows_[row].prepared = true;
+std::size_t RegionSweep::CountRepeated(std::size_t row, std::ptrdiff_t step, std::size_t rows) const {
     std::size_t const stride = src_->GetStride();
-    kernels_->load(src_->GetData().data() + row * stride, dst_->GetData().data() + row * stride, stride, Fillable(row),
-                   Region(row), pitch_);
-    Fillable(row)[lanes_ - 1] &= last_;
-    // The lane before the row is read as well.
-    Region(row)[-1] = 0;
+    std::uint32_t const* const src = src_->GetData().data() + row * stride;
+    std::uint32_t const* const dst = dst_->GetData().data() + row * stride;
+    // Rows that differ mostly do so in the middle already.
+    auto const middle = static_cast<std::ptrdiff_t>(stride / 2);
+    if ((src[middle] & ~dst[middle]) != (src[middle + step] & ~dst[middle + step])) return 0;
+    return kernels_->countRepeated(src, dst, stride, step, rows);
+}
+
+void RegionSweep::FindBand(std::size_t row) {
+    std::size_t const stride = src_->GetStride();
+    auto const step = static_cast<std::ptrdiff_t>(stride);
+    // Beside a row that is prepared another band begins.
+    std::size_t const above = row == 0 || rows_[row - 1].prepared ? 0 : CountRepeated(row, -step, row);
+    std::size_t const left = height_ - row - 1;
+    std::size_t const below = left == 0 || rows_[row + 1].prepared ? 0 : CountRepeated(row, step, left);
+    std::size_t const band = row - above, others = above + below;
+    for (std::size_t i = 0; i <= others; ++i) {
+        rows_[band + i] = {static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(others - i), true, false};
+    }
+    kernels_->load(src_->GetData().data() + row * stride, dst_->GetData().data() + row * stride, stride, Fillable(band),
+                   Region(band), LaneGroup * pitch_);
+    Fillable(band)[lanes_ - 1] &= last_;
+    lowest_ = std::min(lowest_, band);
+    highest_ = std::max(highest_, band);
+}
+
+void RegionSweep::PrepareNeighbours(std::size_t band) {
+    Prepare(band - 1);
+    Prepare(Below(band));
 }
 
 void RegionSweep::Add(unsigned int first, unsigned int last, std::size_t row) {
     Prepare(row);
+    std::size_t const band = Band(row);
     for (std::size_t i = first / 64; i <= last / 64; ++i) {
         Lane lane = ~Lane{0};
         if (i == first / 64) lane &= ~Lane{0} << first % 64U;
         if (i == last / 64) lane &= ~Lane{0} >> (63U - last % 64U);
-        Region(row)[i] |= lane;
-        // What is in the region may be passed through, whatever the masks hold there.
-        Fillable(row)[i] |= lane;
+        Region(band)[i] |= lane;
     }
-    OpenNeighbours(row);
+    PrepareNeighbours(band);
+    Open(Above(band));
+    Open(Below(band));
 }
 
-void RegionSweep::Open(std::size_t row) {
-    if (rows_[row].open) return;
-    rows_[row].open = true;
-    // What growing a row looks at.
-    if (row > 0) Prepare(row - 1);
-    Prepare(row);
-    if (row + 1 < height_) Prepare(row + 1);
-    lowest_ = std::min(lowest_, row);
-    highest_ = std::max(highest_, row);
+void RegionSweep::Open(std::size_t band) {
+    if (band >= height_ || rows_[band].open) return;
+    rows_[band].open = true;
+    // What growing a band looks at.
+    PrepareNeighbours(band);
 }
 
-void RegionSweep::OpenNeighbours(std::size_t row) {
-    if (row > 0) {
-        Open(row - 1);
-        rows_[row - 1].changedBelow = true;
-    }
-    if (row + 1 < height_) {
-        Open(row + 1);
-        rows_[row + 1].changedAbove = true;
-    }
-}
-
-bool RegionSweep::IsRepeated(std::size_t row) {
-    auto& content = rows_[row].content;
-    if (content == RowState::Unknown) {
-        bool const same = std::equal(Fillable(row), Fillable(row) + lanes_, Fillable(row - 1));
-        content = same ? RowState::Repeated : RowState::Different;
-    }
-    return content == RowState::Repeated;
-}
-
-std::size_t RegionSweep::Grow(std::size_t row, bool byAbove, bool byBelow) {
-    // Regions hold whole runs: where a neighbour has the very same ones the row takes over which.
-    bool const takesOver = (!byAbove || IsRepeated(row)) && (!byBelow || IsRepeated(row + 1));
-    Lane* const region = Region(row);
-    if (!takesOver) {
-        return kernels_->grow(region - pitch_, region + pitch_, Fillable(row), region, scratch_.get(), lanes_);
-    }
-    std::size_t changed = 0;
-    if (byAbove) changed += kernels_->unite(region - pitch_, region, lanes_);
-    if (byBelow) changed += kernels_->unite(region + pitch_, region, lanes_);
-    return changed;
-}
-
-void RegionSweep::Update(std::size_t row) {
-    if (!rows_[row].open) return;
-    bool const byAbove = rows_[row].changedAbove, byBelow = rows_[row].changedBelow;
-    rows_[row].open = rows_[row].changedAbove = rows_[row].changedBelow = false;
+void RegionSweep::Update(std::size_t band) {
+    if (!rows_[band].open) return;
+    rows_[band].open = false;
     ++visited_;
-    std::size_t const changed = Grow(row, byAbove, byBelow);
+    std::size_t const above = Above(band), below = Below(band);
+    std::size_t const changed =
+        kernels_->grow(Region(above), Region(below), Fillable(band), Region(band), Fillable(height_ + 1), lanes_);
     if (changed == 0) return;
     gained_ += changed;
-    OpenNeighbours(row);
+    Open(above);
+    Open(below);
 }
 
 void RegionSweep::Run() {
@@ -105,19 +91,19 @@ void RegionSweep::Run() {
     do {
         visited_ = gained_ = 0;
         if (down) {
-            for (std::size_t row = lowest_; row <= highest_; ++row) Update(row);
+            for (std::size_t band = lowest_; band <= highest_; band = Below(band)) Update(band);
         } else {
-            for (std::size_t row = highest_ + 1; row-- > lowest_;) Update(row);
+            for (std::size_t band = highest_; band + 1 > lowest_; band = Above(band)) Update(band);
         }
         down = !down;
-        // What changes no more than a lane a row is faster run by run.
+        // What changes no more than a lane a band is faster run by run.
     } while (gained_ > visited_);
 }
 
 void RegionSweep::Store() const {
     std::size_t const stride = src_->GetStride();
-    for (std::size_t row = 0; row < height_; ++row) {
-        if (rows_[row].prepared) kernels_->store(Region(row), dst_->GetData().data() + row * stride, stride);
+    for (std::size_t row = lowest_; row < Below(highest_); ++row) {
+        if (rows_[row].prepared) kernels_->store(Region(Band(row)), dst_->GetData().data() + row * stride, stride);
     }
 }
 

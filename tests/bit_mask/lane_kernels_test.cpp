@@ -88,21 +88,29 @@ TEST_P(LaneLoops, GrowByWholeRunsThatTouchTheRowsAboveAndBelow) {
     }
 }
 
-TEST_P(LaneLoops, AddWhatAnotherRowHas) {
+TEST_P(LaneLoops, CountRowsUntilFillablePixelsDiffer) {
     std::mt19937 random(60);
-    for (int round = 0; round < 20; ++round) {
-        for (std::size_t const count : Counts) {
-            Row other(count, round % 4 == 0 ? 0 : reference::Draw(random, 0, 3), random);
-            Row region(count, reference::Draw(random, 0, 60), random);
-            std::vector<bool> expected(64 * count), changed(count);
-            for (std::size_t x = 0; x < 64 * count; ++x) {
-                expected[x] = region.Get(x) || other.Get(x);
-                if (expected[x] != region.Get(x)) changed[x / 64] = true;
+    constexpr std::size_t Rows = 7;
+    for (std::size_t const words : {1U, 2U, 15U, 16U, 17U, 24U, 31U, 33U, 60U}) {
+        for (std::size_t change = 1; change < Rows; ++change) {
+            // The same pixels are fillable in all rows before the change and, but for one, in all from there on; those
+            // that are not are clear in src or set in dst.
+            std::vector<std::uint32_t> fillable(words), src, dst;
+            for (auto& word : fillable) word = static_cast<std::uint32_t>(random());
+            for (std::size_t row = 0; row < Rows; ++row) {
+                if (row == change) fillable[random() % words] ^= 1U << random() % 32;
+                for (std::uint32_t const word : fillable) {
+                    dst.push_back(static_cast<std::uint32_t>(random()) & ~word);
+                    src.push_back((static_cast<std::uint32_t>(random()) & dst.back()) | word);
+                }
             }
-            ASSERT_EQ(GetParam().unite(other.Begin(), region.Begin(), count),
-                      static_cast<std::size_t>(std::count(changed.begin(), changed.end(), true)));
-            for (std::size_t x = 0; x < 64 * count; ++x) ASSERT_EQ(region.Get(x), expected[x]) << count << ", " << x;
-            ASSERT_TRUE(region.IsEmptyAround());
+            auto const count = [&](std::size_t row, std::ptrdiff_t step, std::size_t rows) {
+                return GetParam().countRepeated(&src[row * words], &dst[row * words], words, step, rows);
+            };
+            auto const step = static_cast<std::ptrdiff_t>(words);
+            EXPECT_EQ(count(0, step, Rows - 1), change - 1) << words;
+            EXPECT_EQ(count(0, step, change - 1), change - 1) << words;
+            EXPECT_EQ(count(Rows - 1, -step, Rows - 1), Rows - 1 - change) << words;
         }
     }
 }
