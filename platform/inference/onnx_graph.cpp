@@ -17,16 +17,20 @@ constexpr int MaximumDepth = 8;
 
 void CheckGraph(std::string_view graph, int depth);
 
-/// Checks the tensors and networks that stand in a node as its constants.
+/// Checks the tensors and networks that stand in an attribute of a node as its constants.
+void CheckAttribute(std::string_view attribute, int depth) {
+    for (std::uint64_t const single : {5U, 6U}) (void)FindMessage(attribute, single);
+    OnnxField field;
+    for (OnnxMessage reader(attribute); reader.Next(field);) {
+        if (field.IsBytes(5) || field.IsBytes(10)) CheckOnnxTensor(field.bytes);
+        if (field.IsBytes(6) || field.IsBytes(11)) CheckGraph(field.bytes, depth + 1);
+    }
+}
+
 void CheckNode(std::string_view node, int depth) {
-    OnnxField attribute, field;
-    for (OnnxMessage reader(node); reader.Next(attribute);) {
-        if (!attribute.isBytes || attribute.number != 5) continue;
-        for (OnnxMessage values(attribute.bytes); values.Next(field);) {
-            if (!field.isBytes) continue;
-            if (field.number == 5 || field.number == 10) CheckOnnxTensor(field.bytes);
-            if (field.number == 6 || field.number == 11) CheckGraph(field.bytes, depth + 1);
-        }
+    OnnxField field;
+    for (OnnxMessage reader(node); reader.Next(field);) {
+        if (field.IsBytes(5)) CheckAttribute(field.bytes, depth);
     }
 }
 
@@ -34,9 +38,8 @@ void CheckGraph(std::string_view graph, int depth) {
     if (depth > MaximumDepth) throw std::runtime_error("has networks that stand in one another too deep");
     OnnxField field;
     for (OnnxMessage reader(graph); reader.Next(field);) {
-        if (!field.isBytes) continue;
-        if (field.number == 1) CheckNode(field.bytes, depth);
-        if (field.number == 5) CheckOnnxTensor(field.bytes);
+        if (field.IsBytes(1)) CheckNode(field.bytes, depth);
+        if (field.IsBytes(5)) CheckOnnxTensor(field.bytes);
     }
 }
 
@@ -50,23 +53,22 @@ Graph ReadGraph(std::string_view bytes) {
     Graph graph;
     OnnxField field;
     for (OnnxMessage reader(bytes); reader.Next(field);) {
-        if (!field.isBytes) continue;
-        if (field.number == 1) ++graph.nodes;
-        if (field.number == 5) graph.initializers.insert(FindBytes(field.bytes, 8));
-        if (field.number == 11) graph.inputs.push_back(field.bytes);
-        if (field.number == 12) ++graph.outputs;
+        if (field.IsBytes(1)) ++graph.nodes;
+        if (field.IsBytes(5)) graph.initializers.insert(FindText(field.bytes, 8));
+        if (field.IsBytes(11)) graph.inputs.push_back(field.bytes);
+        if (field.IsBytes(12)) ++graph.outputs;
     }
     return graph;
 }
 
 std::vector<std::size_t> ReadShape(std::string_view input) {
-    std::string_view const tensor = FindBytes(FindBytes(input, 2), 1);
+    std::string_view const tensor = FindMessage(FindMessage(input, 2), 1);
     constexpr std::uint64_t floats = 1;
     if (FindInteger(tensor, 1) != floats) throw std::runtime_error("takes other numbers than 32-bit floats");
     std::vector<std::size_t> shape;
     OnnxField field;
-    for (OnnxMessage reader(FindBytes(tensor, 2)); reader.Next(field);) {
-        if (!field.isBytes || field.number != 1) continue;
+    for (OnnxMessage reader(FindMessage(tensor, 2)); reader.Next(field);) {
+        if (!field.IsBytes(1)) continue;
         std::uint64_t const size = FindInteger(field.bytes, 1);
         // Some tools write -1 for an axis that they leave open.
         bool const isOpen = size > std::uint64_t{std::numeric_limits<std::int64_t>::max()};
@@ -80,13 +82,13 @@ std::vector<std::size_t> ReadShape(std::string_view input) {
 
 OnnxGraph ReadOnnxGraph(std::string_view bytes) {
     if (bytes.empty()) throw std::runtime_error("is empty");
-    std::string_view const network = FindBytes(bytes, 7);
+    std::string_view const network = FindMessage(bytes, 7);
     Graph const graph = ReadGraph(network);
     if (graph.nodes == 0 || graph.outputs == 0) throw std::runtime_error("is no ONNX model: it has no network");
     // Older files list the weights among the inputs.
     std::vector<std::string_view> inputs;
     for (std::string_view const input : graph.inputs) {
-        if (!graph.initializers.contains(FindBytes(input, 1))) inputs.push_back(input);
+        if (!graph.initializers.contains(FindText(input, 1))) inputs.push_back(input);
     }
     if (inputs.size() != 1) {
         throw std::runtime_error("has " + std::to_string(inputs.size()) + " inputs; a network must have one");

@@ -13,8 +13,9 @@ struct OnnxGraph {
 
 /// Reads no more of an ONNX file than that, and does it without trust. Throws std::runtime_error with the reason when
 /// the bytes are no ONNX model, or one that is not taken: without nodes or outputs, with another number of inputs than
-/// one, with another input than 32-bit floats of 1 to 8 axes, with weights that stand in other files, or with a tensor
-/// that has another number of values than its sizes say.
+/// one, with another input than 32-bit floats of 1 to 8 axes, with weights that stand in other files, with a tensor
+/// whose values are not as many as its sizes say or not where its type has them, with networks that stand in one
+/// another more than 8 deep, or with two networks where there is one.
 OnnxGraph ReadOnnxGraph(std::string_view bytes);
 
 }  // namespace qel::inference

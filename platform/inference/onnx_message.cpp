@@ -1,5 +1,6 @@
 #include "onnx_message.hpp"
 
+#include <limits>
 #include <stdexcept>
 
 namespace qel::inference {
@@ -11,29 +12,29 @@ namespace {
 
 bool OnnxMessage::Next(OnnxField& field) {
     if (rest_.empty()) return false;
-    std::uint64_t const key = Varint();
-    field = {key >> 3U};
-    if (field.number == 0) Refuse();
-    switch (key & 7U) {
-        case 0:
-            field.integer = Varint();
+    std::uint64_t const key = ReadInteger();
+    // Keys have 32 bits. Back ends cut longer ones down, and so see another field.
+    if (key > std::numeric_limits<std::uint32_t>::max() || key >> 3U == 0) Refuse();
+    field = {key >> 3U, static_cast<OnnxWay>(key & 7U)};
+    switch (field.way) {
+        case OnnxWay::Integer:
+            field.integer = ReadInteger();
             return true;
-        case 1:
-            Take(8);
+        case OnnxWay::EightBytes:
+            field.bytes = Take(8);
             return true;
-        case 2:
-            field.bytes = Take(Varint());
-            field.isBytes = true;
+        case OnnxWay::Bytes:
+            field.bytes = Take(ReadInteger());
             return true;
-        case 5:
-            Take(4);
+        case OnnxWay::FourBytes:
+            field.bytes = Take(4);
             return true;
         default:
             Refuse();
     }
 }
 
-std::uint64_t OnnxMessage::Varint() {
+std::uint64_t OnnxMessage::ReadInteger() {
     std::uint64_t value = 0;
     for (unsigned int shift = 0; shift < 64; shift += 7) {
         auto const byte = static_cast<unsigned char>(Take(1)[0]);
@@ -50,11 +51,11 @@ std::string_view OnnxMessage::Take(std::uint64_t size) {
     return taken;
 }
 
-std::string_view FindBytes(std::string_view message, std::uint64_t number) {
+std::string_view FindText(std::string_view message, std::uint64_t number) {
     std::string_view found;
     OnnxField field;
     for (OnnxMessage reader(message); reader.Next(field);) {
-        if (field.isBytes && field.number == number) found = field.bytes;
+        if (field.IsBytes(number)) found = field.bytes;
     }
     return found;
 }
@@ -63,7 +64,20 @@ std::uint64_t FindInteger(std::string_view message, std::uint64_t number) {
     std::uint64_t found = 0;
     OnnxField field;
     for (OnnxMessage reader(message); reader.Next(field);) {
-        if (!field.isBytes && field.number == number) found = field.integer;
+        if (field.IsInteger(number)) found = field.integer;
+    }
+    return found;
+}
+
+std::string_view FindMessage(std::string_view message, std::uint64_t number) {
+    std::string_view found;
+    bool isFound = false;
+    OnnxField field;
+    for (OnnxMessage reader(message); reader.Next(field);) {
+        if (!field.IsBytes(number)) continue;
+        if (isFound) throw std::runtime_error("says something twice that an ONNX model says once");
+        found = field.bytes;
+        isFound = true;
     }
     return found;
 }

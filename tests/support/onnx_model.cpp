@@ -4,36 +4,14 @@
 #include <cstring>
 #include <string_view>
 
-// The protocol buffers of ONNX, as far as these networks go: a message is a row of fields, each a key (number and kind)
-// and a value. Numbers of fields are those of onnx.proto.
+#include "support/wire_message.hpp"
+
+// The protocol buffers of ONNX, as far as these networks go. Numbers of fields are those of onnx.proto.
 
 namespace qel::test {
 namespace {
 
-class Message {
-public:
-    Message& Integer(unsigned int field, std::uint64_t value) {
-        Varint(field << 3U);
-        Varint(value);
-        return *this;
-    }
-    Message& Text(unsigned int field, std::string_view value) {
-        Varint(field << 3U | 2U);
-        Varint(value.size());
-        bytes_ += value;
-        return *this;
-    }
-    Message& Sub(unsigned int field, Message const& value) { return Text(field, value.bytes_); }
-    std::string const& GetBytes() const { return bytes_; }
-
-private:
-    void Varint(std::uint64_t value) {
-        for (; value >= 0x80; value >>= 7U) bytes_ += static_cast<char>(value | 0x80U);
-        bytes_ += static_cast<char>(value);
-    }
-
-    std::string bytes_;
-};
+using Message = WireMessage;
 
 constexpr std::uint64_t FloatType = 1;
 
