@@ -99,7 +99,7 @@ TEST_F(ConnectionTest, SpeaksTheOldVersionToo) {
 }
 
 TEST_F(ConnectionTest, EndsAHeadThatIsTooSlowHoweverItTrickles) {
-    Begin({.headTime = 300ms});
+    Begin({.headTime = 1s});
     Client slow(GetPort()), silent(GetPort());
     std::thread trickle([&] {
         for (char const letter : MakeRequest("GET", "/here")) {

@@ -115,11 +115,12 @@ TEST(Publisher, PublishesEachLineOnceAndInOrderThoughTheBrokerWasKilledAfterStor
     for (int i = 0; i < 100; ++i) PublishLine(publisher, i);
     EXPECT_TRUE(Becomes([&] { return GetMetric(metrics, "qel_mqtt_published_messages_total") == 100; }));
     EXPECT_TRUE(Becomes([&] { return GetMetric(metrics, "qel_mqtt_spool_messages") == 0; }));
+    subscriber.WaitFor(100);
     broker.WaitUntilStored();
     broker.Kill();
     for (int i = 100; i < 400; ++i) PublishLine(publisher, i);
     EXPECT_TRUE(Becomes([&] { return GetMetric(metrics, "qel_mqtt_spool_messages") == 300; }));
-    EXPECT_EQ(GetMetric(metrics, "qel_mqtt_connected"), 0);
+    EXPECT_TRUE(Becomes([&] { return GetMetric(metrics, "qel_mqtt_connected") == 0; }));
     EXPECT_GT(GetMetric(metrics, "qel_mqtt_spool_bytes"), 300 * 40);
     broker.Start();
     for (int i = 400; i < 500; ++i) PublishLine(publisher, i);
@@ -137,6 +138,7 @@ TEST(Publisher, SendsAgainWhatWasOnItsWayWhenTheBrokerHasForgottenTheSession) {
     Publisher publisher(options, metrics);
     for (int i = 0; i < 10; ++i) PublishLine(publisher, i);
     subscriber.WaitFor(10);
+    EXPECT_TRUE(Becomes([&] { return GetMetric(metrics, "qel_mqtt_published_messages_total") == 10; }));
     broker.WaitUntilStored();
     broker.Freeze();
     for (int i = 10; i < 100; ++i) PublishLine(publisher, i);
@@ -163,11 +165,11 @@ TEST(Publisher, GoesOnInTheNextProcessWithWhatTheLastOneLeft) {
     prometheus::Registry metrics;
     {
         Publisher publisher(MakeOptions(broker.GetPort(), folder), metrics);
+        EXPECT_TRUE(Becomes([&] { return GetMetric(metrics, "qel_mqtt_published_messages_total") == 50; }));
         publisher.Publish("later", MakeLine(50));
-        EXPECT_TRUE(Becomes([&] { return publisher.IsConnected(); }));
     }
     auto const messages = subscriber.WaitFor(51);
-    ASSERT_EQ(messages.size(), 51U) << "the last lines go out before the publisher ends";
+    ASSERT_EQ(messages.size(), 51U) << "the last line goes out before the publisher ends";
     EXPECT_EQ(messages[50].topic, "qel/later/detections");
     EXPECT_EQ(messages[50].number, "51");
     EXPECT_NE(messages[50].run, messages[49].run);
