@@ -103,7 +103,7 @@ std::size_t CountSupported() {
                       (__builtin_cpu_supports("bmi2") != 0) & (__builtin_cpu_supports("popcnt") != 0);
     bool const avx512 = avx2 & (__builtin_cpu_supports("avx512f") != 0) & (__builtin_cpu_supports("avx512bw") != 0) &
                         (__builtin_cpu_supports("avx512vl") != 0) & (__builtin_cpu_supports("avx512vbmi2") != 0) &
-                        (__builtin_cpu_supports("avx512vpopcntdq") != 0);
+                        (__builtin_cpu_supports("avx512vpopcntdq") != 0) & (__builtin_cpu_supports("gfni") != 0);
     return 1U + static_cast<std::size_t>(avx2) + static_cast<std::size_t>(avx512);
 }
 

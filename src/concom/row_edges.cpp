@@ -44,19 +44,14 @@ namespace {
 
 #if defined(__x86_64__)
 
-#define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi2,avx512vpopcntdq,bmi,popcnt")
+#define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi2,avx512vpopcntdq,gfni,bmi,popcnt")
 
 /// Lanes whose lowest bit is the first pixel.
 [[QEL_TARGET_AVX512, gnu::always_inline]] inline __m512i ReverseBits(__m512i lanes) {
-    // Bytes of each lane the other way round, then bits of each byte, by halves.
+    // Bytes of each lane the other way round, then bits of each byte by a matrix that has them the other way round.
     __m512i const bytes = _mm512_broadcast_i32x4(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8));
-    __m512i const low = _mm512_broadcast_i32x4(
-        _mm_setr_epi8(0, 0x08, 0x04, 0x0C, 0x02, 0x0A, 0x06, 0x0E, 0x01, 0x09, 0x05, 0x0D, 0x03, 0x0B, 0x07, 0x0F));
-    __m512i const nibble = _mm512_set1_epi8(0x0F);
-    __m512i const swapped = _mm512_shuffle_epi8(lanes, bytes);
-    __m512i const first = _mm512_shuffle_epi8(low, _mm512_and_si512(swapped, nibble));
-    __m512i const second = _mm512_shuffle_epi8(low, _mm512_and_si512(_mm512_srli_epi16(swapped, 4), nibble));
-    return _mm512_or_si512(_mm512_slli_epi16(first, 4), second);
+    __m512i const bits = _mm512_set1_epi64(static_cast<long long>(0x8040201008040201U));
+    return _mm512_gf2p8affine_epi64_epi8(_mm512_shuffle_epi8(lanes, bytes), bits, 0);
 }
 
 /// Writes the columns of the bits of changes, the lowest bit being that of the given column.
@@ -66,16 +61,16 @@ namespace {
     __m512i positions = _mm512_maskz_compress_epi8(changes, index);
     std::uint32_t* const end = edges + std::popcount(changes);
     __m512i const base = _mm512_set1_epi32(static_cast<int>(column));
-    do {
+    for (;;) {
         // Two at a time, needed or not: whether 16 are enough could rarely be foreseen.
         __m512i const first = _mm512_cvtepu8_epi32(_mm512_castsi512_si128(positions));
         __m512i const second = _mm512_cvtepu8_epi32(_mm512_extracti32x4_epi32(positions, 1));
         _mm512_storeu_si512(edges, _mm512_add_epi32(base, first));
         _mm512_storeu_si512(edges + 16, _mm512_add_epi32(base, second));
         edges += 32;
+        if (edges >= end) return end;
         positions = _mm512_shuffle_i32x4(positions, positions, 0x4E);
-    } while (edges < end);
-    return end;
+    }
 }
 
 /// What the vectors of a row hand on from one to the next.
