@@ -38,7 +38,7 @@ void RegionSweep::FindBand(std::size_t row) {
     std::size_t const below = left == 0 || rows_[row + 1].prepared ? 0 : CountRepeated(row, step, left);
     std::size_t const band = row - above, others = above + below;
     for (std::size_t i = 0; i <= others; ++i) {
-        rows_[band + i] = {static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(others - i), true, false};
+        rows_[band + i] = {static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(others - i), true, false, false};
     }
     kernels_->load(src_->GetData().data() + row * stride, dst_->GetData().data() + row * stride, stride, Fillable(band),
                    Region(band), LaneGroup * pitch_);
@@ -61,6 +61,7 @@ void RegionSweep::Add(unsigned int first, unsigned int last, std::size_t row) {
         if (i == last / 64) lane &= ~Lane{0} >> (63U - last % 64U);
         Region(band)[i] |= lane;
     }
+    rows_[band].reached = true;
     PrepareNeighbours(band);
     Open(Above(band));
     Open(Below(band));
@@ -81,6 +82,7 @@ void RegionSweep::Update(std::size_t band) {
     std::size_t const changed =
         kernels_->grow(Region(above), Region(below), Fillable(band), Region(band), Fillable(height_ + 1), lanes_);
     if (changed == 0) return;
+    rows_[band].reached = true;
     gained_ += changed;
     Open(above);
     Open(below);
@@ -103,7 +105,8 @@ void RegionSweep::Run() {
 void RegionSweep::Store() const {
     std::size_t const stride = src_->GetStride();
     for (std::size_t row = lowest_; row < Below(highest_); ++row) {
-        if (rows_[row].prepared) kernels_->store(Region(Band(row)), dst_->GetData().data() + row * stride, stride);
+        std::size_t const band = Band(row);
+        if (rows_[band].reached) kernels_->store(Region(band), dst_->GetData().data() + row * stride, stride);
     }
 }
 

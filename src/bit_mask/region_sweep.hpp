@@ -74,7 +74,8 @@ private:
     struct RowState {
         std::uint32_t above, below;  ///< rows of the same band
         bool prepared;
-        bool open;  ///< of a band: may change
+        bool open;     ///< of a band: may change
+        bool reached;  ///< of a band: has pixels of the region
     };
     std::vector<RowState> rows_;
     std::size_t visited_ = 0, gained_ = 0;  ///< bands grown in a sweep, and lanes that this changed
