@@ -9,6 +9,9 @@ namespace {
 
 namespace beast = boost::beast::http;
 
+/// What is left of a chunked body at least, wherever in it: "0" and two line ends.
+constexpr std::size_t LastChunkSize = 5;
+
 Problem Explain(boost::beast::error_code error, Limits const& limits) {
     switch (static_cast<beast::error>(error.value())) {
         case beast::error::header_limit:
@@ -60,6 +63,8 @@ void RequestReader::Parse() {
         parser_->body_limit(limits_.maxBody);
     }
     while (!parser_->is_done() && !waiting_.empty()) {
+        // The parser takes for granted that it has seen as much when it looks for the end behind an empty chunk again.
+        if (state_ == State::Body && parser_->chunked() && waiting_.size() < LastChunkSize) return;
         boost::beast::error_code error;
         std::size_t const taken = parser_->put(boost::asio::buffer(waiting_), error);
         waiting_.erase(0, taken);

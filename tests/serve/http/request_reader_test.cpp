@@ -1,5 +1,9 @@
 #include "http/request_reader.hpp"
 
+#include <initializer_list>
+#include <string>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 namespace qel::serve::http {
@@ -28,6 +32,27 @@ TEST(RequestReader, ReadsARequestInWhateverPiecesItComes) {
         EXPECT_EQ(request.body, "abc");
         EXPECT_EQ(request.client, "127.0.0.1");
         EXPECT_TRUE(request.keepAlive);
+    }
+}
+
+TEST(RequestReader, ReadsAChunkedBodyInWhateverPiecesItComes) {
+    for (auto const& [body, text] : std::initializer_list<std::pair<std::string, std::string>>{
+             {"", "0\r\n\r\n"},
+             {"", "0;a=b\r\nX-A: b\r\n\r\n"},
+             {"abc", "3\r\nabc\r\n0\r\n\r\n"},
+             {"abcdefghijklmnopqrstuvwxyz", "1A\r\nabcdefghijklmnopqrstuvwxyz\r\n0\r\nX-A: b\r\nX-B: c\r\n\r\n"},
+             {"abcd", "1\r\na\r\n1\r\nb\r\n2\r\ncd\r\n000\r\n\r\n"}}) {
+        for (std::size_t piece = 1; piece <= text.size(); ++piece) {
+            SCOPED_TRACE(text + " in pieces of " + std::to_string(piece));
+            RequestReader reader({}, "127.0.0.1");
+            reader.Put("POST /api HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n");
+            for (std::size_t from = 0; from < text.size(); from += piece) {
+                EXPECT_EQ(reader.GetState(), State::Body);
+                reader.Put(std::string_view(text).substr(from, piece));
+            }
+            ASSERT_EQ(reader.GetState(), State::Done);
+            EXPECT_EQ(reader.GetRequest().body, body);
+        }
     }
 }
 
