@@ -56,6 +56,12 @@ function(qel_plugin name)
   set_property(GLOBAL APPEND PROPERTY QEL_PLUGINS ${target})
 endfunction()
 
+# After so many seconds a test hangs. ThreadSanitizer makes programs some twenty times slower.
+set(QEL_TEST_TIMEOUT 300)
+if(QEL_SANITIZERS)
+  set(QEL_TEST_TIMEOUT 900)
+endif()
+
 # qel_test(<name> SOURCES ... [LIBS ...] [INCLUDES ...])
 # The GoogleTest program qel_<name>_test; each of its tests becomes a test of CTest, labelled <name>.
 function(qel_test name)
@@ -65,7 +71,7 @@ function(qel_test name)
   target_link_libraries(${target} PRIVATE qel_settings ${arg_LIBS} GTest::gmock GTest::gtest_main)
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests" ${arg_INCLUDES})
   gtest_discover_tests(${target} TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS ${name} TIMEOUT 300)
+    PROPERTIES LABELS ${name} TIMEOUT ${QEL_TEST_TIMEOUT})
 endfunction()
 
 # qel_benchmark(<name> SOURCES ... [LIBS ...])

@@ -106,13 +106,14 @@ void FrameFeed::CopyVideo(GstVideoFrame& picture) {
 }
 
 void FrameFeed::Stall(bool stalled) {
-    GstAppSrc* hungry = nullptr;
+    // Held on to: another source may take its place meanwhile.
+    host::GstPtr<GstElement> hungry;
     {
         std::lock_guard<std::mutex> const lock(mutex_);
         stalled_ = stalled;
-        if (!stalled && hungry_) hungry = GST_APP_SRC(source_.get());
+        if (!stalled && hungry_) hungry.reset(GST_ELEMENT(gst_object_ref(source_.get())));
     }
-    if (hungry != nullptr) Push(hungry);
+    if (hungry) Push(GST_APP_SRC(hungry.get()));
 }
 
 void FrameFeed::End() {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <iostream>
 #include <map>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -99,12 +100,16 @@ private:
     void Configure(GstRTSPMedia* media) {
         GstPtr<GstElement> const bin(gst_rtsp_media_get_element(media));
         GstPtr<GstElement> const source(gst_bin_get_by_name(GST_BIN(bin.get()), "feed"));
-        size_.reset(gst_bin_get_by_name(GST_BIN(bin.get()), "size"));
-        if (caps_) g_object_set(size_.get(), "caps", caps_.get(), nullptr);
+        {
+            std::lock_guard<std::mutex> const lock(mutex_);
+            size_.reset(gst_bin_get_by_name(GST_BIN(bin.get()), "size"));
+            if (caps_) g_object_set(size_.get(), "caps", caps_.get(), nullptr);
+        }
         feed_.Serve(GST_APP_SRC(source.get()));
     }
 
     void SetSize(int width, int height) {
+        std::lock_guard<std::mutex> const lock(mutex_);
         caps_.reset(
             gst_caps_new_simple("video/x-raw", "width", G_TYPE_INT, width, "height", G_TYPE_INT, height, nullptr));
         if (size_) g_object_set(size_.get(), "caps", caps_.get(), nullptr);
@@ -112,6 +117,8 @@ private:
 
     FrameFeed feed_;
     GstRTSPServer* server_;
+    // Clients come on threads of the server's, commands on the main one.
+    std::mutex mutex_;
     GstPtr<GstElement> size_;
     GstPtr<GstCaps> caps_;
 };
