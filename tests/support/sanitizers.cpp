@@ -29,8 +29,8 @@ char const* __lsan_default_suppressions() {
 }
 
 // GStreamer and GLib are built without the sanitizer and lock by system calls that it does not see: what they do among
-// themselves is left out, what our code does on their threads is not. A finding ends the program at once: one that a test
-// kills would not come to tell of it by its exit code.
+// themselves is left out, what our code does on their threads is not. A finding ends the program at once: one that a
+// test kills would not come to tell of it by its exit code.
 char const* __tsan_default_options() { return "ignore_noninstrumented_modules=1:halt_on_error=1"; }
 
 char const* __tsan_default_suppressions() {
