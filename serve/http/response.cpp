@@ -52,8 +52,9 @@ Response MakeJsonText(std::string text, unsigned int status) {
 
 std::string GetReason(unsigned int status) {
     if (status == 421) return "Misdirected Request";
-    auto const reason = beast::obsolete_reason(beast::int_to_status(status));
-    return status == 422 ? "Unprocessable Content" : std::string(reason);
+    if (status == 422) return "Unprocessable Content";
+    auto const known = beast::int_to_status(status);
+    return known == beast::status::unknown ? "" : std::string(beast::obsolete_reason(known));
 }
 
 bool IsChunked(Response const& response, unsigned int version) noexcept {
