@@ -15,8 +15,10 @@ namespace qel::inference {
 namespace {
 
 constexpr std::uint32_t Coming = IN_CREATE | IN_MOVED_TO, Going = IN_DELETE | IN_MOVED_FROM;
-constexpr std::uint32_t RootKinds = Coming | Going | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
-constexpr std::uint32_t FolderKinds = Coming | Going | IN_CLOSE_WRITE | IN_ATTRIB | IN_ONLYDIR;
+// A folder has one watch, whoever asks for it: what is wanted of it adds up. A link may lead from a model to the root.
+constexpr std::uint32_t Kinds = Coming | Going | IN_ONLYDIR | IN_MASK_ADD;
+constexpr std::uint32_t RootKinds = Kinds | IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::uint32_t FolderKinds = Kinds | IN_CLOSE_WRITE | IN_ATTRIB;
 
 }  // namespace
 
@@ -57,7 +59,7 @@ void ModelWatch::Drop(int watch, std::string const& name) {
     owners->second.erase(name);
     if (!owners->second.empty()) return;
     owners_.erase(owners);
-    inotify_rm_watch(inotify_.Get(), watch);
+    if (watch != rootWatch_) inotify_rm_watch(inotify_.Get(), watch);
 }
 
 ModelWatch::Changes ModelWatch::Read() {
