@@ -37,9 +37,11 @@ void ReadFixed(Cursor const& cursor, Problem& problem) {
     }
 }
 
-Problem Read(JsonDocument const& document) {
+Problem Read(JsonDocument const& document, std::vector<std::string_view> const& others) {
     Cursor const root = document.GetRoot();
-    root.RequireMembersAmong({"size", "ground", "vertical", "click_error", "fixed"});
+    std::vector<std::string_view> known{"size", "ground", "vertical", "click_error", "fixed"};
+    known.insert(known.end(), others.begin(), others.end());
+    root.RequireMembersAmong(known);
     auto const size = root.GetMember("size").GetElements(2, 2);
     Problem problem{{size[0].GetInteger(1, LargestSide), size[1].GetInteger(1, LargestSide)}, {}, {}, 1};
     if (root.HasMember("ground")) {
@@ -59,8 +61,10 @@ Problem Read(JsonDocument const& document) {
 
 }  // namespace
 
-Problem ReadProblem(std::string const& path) { return Read(JsonDocument::Read(path)); }
+Problem ReadProblem(std::string const& path) { return Read(JsonDocument::Read(path), {}); }
 
-Problem ParseProblem(std::string const& name, std::string const& text) { return Read({name, text}); }
+Problem ParseProblem(std::string const& name, std::string const& text, std::vector<std::string_view> const& others) {
+    return Read({name, text}, others);
+}
 
 }  // namespace qel::host::calibration

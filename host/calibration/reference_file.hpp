@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "calibration/reference.hpp"
 
@@ -12,7 +14,8 @@ namespace qel::host::calibration {
 /// (pixels) and "fixed" ({"roll": 0, ...}). Throws Error with file, line and column.
 Problem ReadProblem(std::string const& path);
 
-/// The same from a text; name is how errors call it.
-Problem ParseProblem(std::string const& name, std::string const& text);
+/// The same from a text; name is how errors call it, others are members besides, which somebody else reads.
+Problem ParseProblem(std::string const& name, std::string const& text,
+                     std::vector<std::string_view> const& others = {});
 
 }  // namespace qel::host::calibration

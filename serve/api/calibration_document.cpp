@@ -6,7 +6,6 @@
 #include <vector>
 
 #include <boost/json/parse.hpp>
-#include <boost/json/serialize.hpp>
 
 #include "api/routes.hpp"
 #include "calibration/calibration_file.hpp"
@@ -70,7 +69,7 @@ json::array MakeGrid(calibration::Mounting<double> const& mounting, calibration:
 }  // namespace
 
 CalibrationRequest ReadCalibrationRequest(std::string const& body) {
-    json::object document = ParseObject(body);
+    json::object const document = ParseObject(body);
     CalibrationRequest request;
     std::vector<Fault> faults;
     if (auto const* const stream = document.if_contains("stream")) {
@@ -79,7 +78,6 @@ CalibrationRequest ReadCalibrationRequest(std::string const& body) {
         } else if (!stream->is_null()) {
             faults.push_back({"stream", "is no text"});
         }
-        document.erase("stream");
     }
     if (auto const* const save = document.if_contains("save")) {
         if (save->is_bool()) {
@@ -87,12 +85,12 @@ CalibrationRequest ReadCalibrationRequest(std::string const& body) {
         } else {
             faults.push_back({"save", "is neither true nor false"});
         }
-        document.erase("save");
     }
     if (request.save && request.stream.empty()) faults.push_back({"stream", "is missing: whose calibration is saved?"});
     if (!faults.empty()) throw Refused(faults);
     try {
-        request.problem = calibration::ParseProblem("the references", json::serialize(document));
+        // From the body itself: places in it are what errors name.
+        request.problem = calibration::ParseProblem("the references", body, {"stream", "save"});
     } catch (host::Error const& error) {
         throw http::Problem(422, error.what());
     }
