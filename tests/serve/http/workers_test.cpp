@@ -72,7 +72,7 @@ TEST(Workers, LetGoOfWhatAThingHeldBeforeTheyAreFree) {
     };
     std::promise<void> done;
     Workers workers(1);
-    workers.Do([last = std::make_shared<Last>(workers, done)] {});
+    workers.Do([last = std::shared_ptr<Last>(new Last{workers, done})] {});
     EXPECT_EQ(done.get_future().wait_for(20s), std::future_status::ready);
 }
 
