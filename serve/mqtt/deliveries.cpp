@@ -1,6 +1,7 @@
 #include "mqtt/deliveries.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -24,16 +25,44 @@ Deliveries::Deliveries(BrokerAddress const& broker, bool onvif, Spool& spool, Pu
 
 void Deliveries::Send(Client& client) {
     while (client.IsConnected() && lines_.size() < LinesOnTheirWay) {
-        auto const record = spool_.Take();
+        auto const record = Take();
         if (!record) return;
-        auto const line = SpooledLine::Unpack(record->bytes);
-        std::string const topic = prefix_ + "/" + std::string(line.stream);
-        lines_.push_back({record->number, {}});
-        Send(client, topic + "/detections", line.text, *record);
-        if (!onvif_) continue;
-        std::string const frame = MakeOnvifFrame(line.stream, line.time, line.text);
-        if (!frame.empty()) Send(client, topic + "/onvif", frame, *record);
+        try {
+            SendLine(client, *record);
+        } catch (std::exception const& error) {
+            // Its record is completed with those behind it: it must not go without being counted.
+            Refuse(error.what());
+        }
     }
+}
+
+std::optional<Spool::Record> Deliveries::Take() {
+    // Room first: of a record that is taken nothing may get lost.
+    Line line;
+    line.ids.reserve(2);
+    lines_.push_back(std::move(line));
+    try {
+        auto record = spool_.Take();
+        if (record) {
+            lines_.back().number = record->number;
+        } else {
+            lines_.pop_back();
+        }
+        return record;
+    } catch (...) {
+        lines_.pop_back();
+        throw;
+    }
+}
+
+void Deliveries::SendLine(Client& client, Spool::Record const& record) {
+    auto const line = SpooledLine::Unpack(record.bytes);
+    if (!line) return Refuse("record " + std::to_string(record.number) + " of the spool is no line");
+    std::string const topic = prefix_ + "/" + std::string(line->stream);
+    Send(client, topic + "/detections", line->text, record);
+    if (!onvif_) return;
+    std::string const frame = MakeOnvifFrame(line->stream, line->time, line->text);
+    if (!frame.empty()) Send(client, topic + "/onvif", frame, record);
 }
 
 void Deliveries::Send(Client& client, std::string const& topic, std::string_view payload, Spool::Record const& record) {
@@ -66,7 +95,7 @@ void Deliveries::Refuse(std::string const& reason) {
     auto const now = std::chrono::steady_clock::now();
     if (now < nextReport_) return;
     nextReport_ = now + ReportPause;
-    Log.Log(logging::Level::Warning, "the broker %0% does not take a message: %1%", broker_, reason);
+    Log.Log(logging::Level::Warning, "a message does not go out to the broker %0%: %1%", broker_, reason);
 }
 
 void Deliveries::Settle() {

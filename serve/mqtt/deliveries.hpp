@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,7 +21,8 @@ public:
     /// outlive the object.
     Deliveries(BrokerAddress const& broker, bool onvif, Spool& spool, PublisherMetrics& metrics);
 
-    /// Sends lines of the spool for as long as there is a connection and fewer than 20 are on their way.
+    /// Sends lines of the spool for as long as there is a connection and fewer than 20 are on their way. What cannot be
+    /// sent is refused: a record that is no line, and a message for which there is no memory.
     void Send(Client& client);
     /// A message of any kind is completed, or refused where the reason is not empty.
     void Complete(int id, std::string const& refusal);
@@ -39,6 +41,9 @@ private:
         std::vector<int> ids{};
     };
 
+    /// Takes the next record of the spool, as a line on its way; nothing when there is none.
+    std::optional<Spool::Record> Take();
+    void SendLine(Client& client, Spool::Record const& record);
     void Send(Client& client, std::string const& topic, std::string_view payload, Spool::Record const& record);
 
     std::string const broker_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,8 +16,9 @@ struct SpooledLine {
     std::string_view text{};
 
     std::string Pack() const;
-    /// Requires what Pack made, which the parts refer to; not checked.
-    static SpooledLine Unpack(std::string_view record);
+    /// Of what Pack made, which the parts refer to; nothing of any other record: a spool lies on the disk, where others
+    /// may have written it.
+    static std::optional<SpooledLine> Unpack(std::string_view record);
 };
 
 }  // namespace qel::serve::mqtt
