@@ -44,8 +44,8 @@ void HttpMetrics::Count(std::string const& pattern, std::string const& method, u
 void HttpMetrics::Update(std::size_t connections, EventBus const& bus) {
     connections_.Set(static_cast<double>(connections));
     listeners_.Set(static_cast<double>(bus.GetListeners()));
-    // Two at a time may both find it behind: a counter ignores what would take it back.
-    lost_.Increment(std::max(0.0, static_cast<double>(bus.GetLost()) - lost_.Value()));
+    std::lock_guard<std::mutex> const lock(updating_);
+    lost_.Increment(static_cast<double>(bus.GetLost()) - lost_.Value());
 }
 
 }  // namespace qel::serve

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 
 #include "event_bus.hpp"
@@ -31,6 +32,8 @@ private:
     prometheus::Gauge& connections_;
     prometheus::Gauge& listeners_;
     prometheus::Counter& lost_;
+    /// Held while the counter is brought up to date: two at a time would both add what is missing.
+    std::mutex updating_;
 };
 
 }  // namespace qel::serve
