@@ -1,4 +1,4 @@
-// A region that fits into a window of 64 columns is grown there. Others are filled by runs: each run is extended,
+// A region that fits into a window of few columns is grown there. Others are filled by runs: each run is extended,
 // filled at once, and the rows above and below it are searched for runs that it touches. dst is the record of what has
 // been visited. Rows are searched word by word; where a run keeps its ends from row to row they are compared instead.
 // Where many runs come to wait, the region is grown by whole rows from there for as long as that gains much, and

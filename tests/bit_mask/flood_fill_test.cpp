@@ -1,6 +1,7 @@
 #include "qel/algorithm/bit_mask/flood_fill.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -130,7 +131,7 @@ TEST(FloodFill8Way, GivesTheDefinitionOnNoise) {
 }
 
 TEST(FloodFill8Way, GivesTheDefinitionForRegionsAsWideAsAWindow) {
-    // Grown in 64 columns, of which the first stands at a word's; wider ones go on in another way.
+    // Grown in 64 columns, of which the first stands at a word's; wider ones are begun anew.
     std::mt19937 random(58);
     for (int i = 0; i < 4000; ++i) {
         BitMask::Size const size{reference::Draw(random, 33, 260), reference::Draw(random, 1, 60)};
@@ -146,6 +147,41 @@ TEST(FloodFill8Way, GivesTheDefinitionForRegionsAsWideAsAWindow) {
         BitMask const expected = reference::FloodFill8Way(src, dst, seed);
         FloodFill8Way(src, dst, seed, 1);
         ASSERT_EQ(dst, expected) << size << ' ' << seed.x << ' ' << seed.y;
+    }
+}
+
+TEST(FloodFill8Way, GivesTheDefinitionForRaggedBodies) {
+    // Too wide for 64 columns they are grown in 128 or 256, in masks that have as many.
+    std::mt19937 random(62);
+    for (int i = 0; i < 400; ++i) {
+        BitMask::Size const size{reference::Draw(random, 60, 420), reference::Draw(random, 40, 220)};
+        double const centreX = reference::Draw(random, 0, size.width - 1), centreY = size.height / 2.0;
+        double const radiusX = reference::Draw(random, 20, 140), radiusY = reference::Draw(random, 20, 130);
+        double const core = reference::Draw(random, 0, 9) / 10.0;
+        BitMask const src = reference::Draw(size, random, [&](unsigned int x, unsigned int y) {
+            double const distance = std::hypot((x - centreX) / radiusX, (y - centreY) / radiusY);
+            double const chance = distance < core ? 0.98 : (1.0 - distance) / (1.0 - core);
+            return reference::Draw(random, 0, 999) < 1000 * chance;
+        });
+        BitMask dst = i % 4 == 0 ? reference::Noise(size, 1, random) : BitMask();
+        // Somewhere down the middle.
+        geometry::Point<unsigned int, 2> seed{static_cast<unsigned int>(centreX), reference::Draw(random, 0, 39)};
+        while (seed.y + 1 < size.height && !reference::Get(src, seed.x, seed.y)) ++seed.y;
+        BitMask const expected = reference::FloodFill8Way(src, dst, seed);
+        FloodFill8Way(src, dst, seed, 1);
+        ASSERT_EQ(dst, expected) << size << ' ' << seed.x << ' ' << seed.y;
+    }
+}
+
+TEST(FloodFill8Way, GivesTheDefinitionForWindingsInAWindow) {
+    // Down and up in turn would have to go on for each of the legs.
+    for (unsigned int const legs : {5U, 20U, 40U, 90U}) {
+        BitMask src({320, 50});
+        for (unsigned int leg = 0; leg < legs; ++leg) {
+            for (unsigned int y = 0; y < 50; ++y) reference::Set(src, 100 + 2 * leg, y, true);
+            reference::Set(src, 101 + 2 * leg, leg % 2 == 0 ? 49 : 0, true);
+        }
+        EXPECT_EQ(Fill(src, 100, 20), reference::FloodFill8Way(src, BitMask(), {100, 20})) << legs;
     }
 }
 
