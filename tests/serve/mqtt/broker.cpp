@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -35,6 +36,10 @@ Broker::Broker(std::vector<std::string> settings) : settings_(std::move(settings
     for (auto& line : settings_) {
         if (auto const at = line.find("FOLDER"); at != std::string::npos) line.replace(at, 6, GetFolder());
     }
+    StartSomewhere();
+}
+
+void Broker::StartSomewhere() {
     // Below the ports that the system gives to connections going out: nobody takes it while the broker is away.
     std::random_device random;
     for (int attempt = 0; attempt < 20; ++attempt) {
@@ -42,6 +47,18 @@ Broker::Broker(std::vector<std::string> settings) : settings_(std::move(settings
         if (!Answers(port_) && TryStart()) return;
     }
     throw std::runtime_error("the broker cannot be started");
+}
+
+void Broker::ForgetClient(std::string const& name) {
+    unsigned short const port = port_;
+    StartSomewhere();
+    // A session that begins anew and ends with its connection.
+    std::string const command =
+        "mosquitto_pub -V 5 -h 127.0.0.1 -p " + std::to_string(port_) + " -i " + name + " -t other -m x";
+    int const result = std::system(command.c_str());
+    Stop();
+    port_ = port;
+    if (result != 0) throw std::runtime_error("the broker does not take another client");
 }
 
 void Broker::Start() {

@@ -23,6 +23,9 @@ public:
     /// Has it store everything and end.
     void Stop() { End(15); }
     void Kill() { End(9); }
+    /// Has it forget a client's session, where no client of GetPort finds it meanwhile. Requires that it was stopped or
+    /// killed, and leaves it stopped.
+    void ForgetClient(std::string const& name);
     /// It neither answers nor closes anything until it goes on or is killed.
     void Freeze() const;
     /// Waits until what it has stored is the same for half a second.
@@ -32,6 +35,7 @@ public:
     std::string GetFolder() const { return folder_.GetPath().string(); }
 
 private:
+    void StartSomewhere();
     bool TryStart();
     void End(int signal);
 
