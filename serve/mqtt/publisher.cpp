@@ -79,7 +79,8 @@ struct Publisher::Impl : Client::Listener {
             return;
         }
         sessionLost = !resumed && !deliveries.IsEmpty();
-        if (sessionLost) return;
+        // At once: the library sends what was on its way as soon as this returns, and it would arrive twice.
+        if (sessionLost) return client->Disconnect();
         backoff.Reset();
         connected = true;
         greeting = true;
@@ -97,6 +98,7 @@ struct Publisher::Impl : Client::Listener {
     void OnClosed(std::string const& reason) override {
         connecting = false;
         connected = false;
+        if (sessionLost) return;
         metrics.SetConnected(false);
         nextAttempt = Clock::now() + backoff.Next();
         // Once for each time it is away, and not for each of many short ones; attempts that fail come here as well.
@@ -156,7 +158,6 @@ struct Publisher::Impl : Client::Listener {
         }
         if (std::exchange(sessionLost, false)) {
             deliveries.SendAgain();
-            client->Disconnect();
             MakeClient(Phase::Clear);
         }
         if (std::exchange(greeting, false)) Say("online");
