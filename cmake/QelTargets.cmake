@@ -56,9 +56,10 @@ function(qel_plugin name)
   set_property(GLOBAL APPEND PROPERTY QEL_PLUGINS ${target})
 endfunction()
 
-# After so many seconds a test hangs. ThreadSanitizer makes programs some twenty times slower.
+# After so many seconds a test hangs. ThreadSanitizer makes programs some twenty times slower, counting lines without
+# optimising them some ten times.
 set(QEL_TEST_TIMEOUT 300)
-if(QEL_SANITIZERS)
+if(QEL_SANITIZERS OR QEL_COVERAGE)
   set(QEL_TEST_TIMEOUT 900)
 endif()
 
