@@ -18,7 +18,7 @@ public:
         Add(Numbers{end, ~first, end, y} - Numbers{first, 0, 0, 0});
     }
 
-    /// The same of so many pixels among those columns, the first and the last included.
+    /// The same with another number of pixels: not all among those columns, or some of another record.
     [[gnu::always_inline]] void Count(std::uint32_t pixels, std::uint32_t first, std::uint32_t end,
                                       std::uint32_t y) noexcept {
         Add(Numbers{pixels, ~first, end, y});
@@ -31,7 +31,7 @@ public:
         numbers_[0] = area;
     }
 
-    [[gnu::always_inline]] void AddArea(InternalBlob const& other) noexcept { numbers_[0] += other.numbers_[0]; }
+    [[gnu::always_inline]] void AddArea(std::uint32_t pixels) noexcept { numbers_[0] += pixels; }
 
     std::uint32_t GetArea() const noexcept { return numbers_[0]; }
     std::uint32_t GetMinX() const noexcept { return ~numbers_[1]; }
@@ -81,18 +81,18 @@ struct BlobRecords {
 
     /// Joins the classes of two records; the oldest root survives, takes the other's area and is returned.
     [[gnu::always_inline]] std::uint32_t MergeBlobs(std::uint32_t a, std::uint32_t b) noexcept {
-        return MergeRoots(FindRoot(a), FindRoot(b));
+        a = FindRoot(a);
+        b = FindRoot(b);
+        std::uint32_t const winner = std::min(a, b);
+        if (a != b) blobs[winner].AddArea(Join(std::max(a, b), winner));
+        return winner;
     }
 
-    /// As MergeBlobs, of records that are roots.
-    [[gnu::always_inline]] std::uint32_t MergeRoots(std::uint32_t a, std::uint32_t b) noexcept {
-        std::uint32_t const winner = std::min(a, b);
-        std::uint32_t const loser = std::max(a, b);
-        if (loser == winner) return winner;
-        parents[loser] = winner;
-        merged[mergedCount++] = loser;
-        blobs[winner].AddArea(blobs[loser]);
-        return winner;
+    /// Joins the class of a root to that of an older one, and returns the pixels that the older one is to take over.
+    [[gnu::always_inline]] std::uint32_t Join(std::uint32_t root, std::uint32_t older) noexcept {
+        parents[root] = older;
+        merged[mergedCount++] = root;
+        return blobs[root].GetArea();
     }
 
     [[gnu::always_inline]] std::uint32_t FindRoot(std::uint32_t label) noexcept {

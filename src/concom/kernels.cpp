@@ -28,7 +28,7 @@ template <std::uint32_t CombineBlob>
 
 template <std::uint32_t CombineBlob>
 void LabelRunsPlain(MaskRows& rows) {
-    LabelRuns<CombineBlob, ScanEdgesPlain, LabelJoiningRunPlain<CombineBlob>>(rows);
+    LabelRuns<CombineBlob, ScanEdgesPlain, ScanEdgesAndCountPlain, LabelJoiningRunPlain<CombineBlob>>(rows);
 }
 
 template <std::uint32_t CombineBlob>
@@ -39,6 +39,7 @@ void LabelBulkPlain(MaskRows& rows) {
 constexpr Kernels Plain{"plain",
                         SkipZerosPlain,
                         ScanEdgesPlain,
+                        ScanEdgesAndCountPlain,
                         LabelRunsPlain<CombineBlob4Way>,
                         LabelRunsPlain<CombineBlob8Way>,
                         LabelBulkPlain<CombineBlob4Way>,
@@ -66,7 +67,7 @@ template <std::uint32_t CombineBlob>
 
 template <std::uint32_t CombineBlob>
 [[QEL_TARGET_AVX2]] void LabelRunsAvx2(MaskRows& rows) {
-    LabelRuns<CombineBlob, ScanEdgesAvx2, LabelJoiningRunAvx2<CombineBlob>>(rows);
+    LabelRuns<CombineBlob, ScanEdgesAvx2, ScanEdgesAndCountAvx2, LabelJoiningRunAvx2<CombineBlob>>(rows);
 }
 
 template <std::uint32_t CombineBlob>
@@ -78,7 +79,7 @@ template <std::uint32_t CombineBlob>
 
 template <std::uint32_t CombineBlob>
 [[QEL_TARGET_AVX512]] void LabelRunsAvx512(MaskRows& rows) {
-    LabelRuns<CombineBlob, ScanEdgesAvx512, LabelJoiningRunAvx512<CombineBlob>>(rows);
+    LabelRuns<CombineBlob, ScanEdgesAvx512, ScanEdgesAndCountAvx512, LabelJoiningRunAvx512<CombineBlob>>(rows);
 }
 
 template <std::uint32_t CombineBlob>
@@ -93,9 +94,9 @@ template <std::uint32_t CombineBlob>
 
 constexpr std::array All{
     Plain,
-    Kernels{"avx2", SkipZerosAvx2, ScanEdgesAvx2, LabelRunsAvx2<CombineBlob4Way>, LabelRunsAvx2<CombineBlob8Way>,
-            LabelBulkAvx2<CombineBlob4Way>, LabelBulkAvx2<CombineBlob8Way>},
-    Kernels{"avx512", SkipZerosAvx512, ScanEdgesAvx512, LabelRunsAvx512<CombineBlob4Way>,
+    Kernels{"avx2", SkipZerosAvx2, ScanEdgesAvx2, ScanEdgesAndCountAvx2, LabelRunsAvx2<CombineBlob4Way>,
+            LabelRunsAvx2<CombineBlob8Way>, LabelBulkAvx2<CombineBlob4Way>, LabelBulkAvx2<CombineBlob8Way>},
+    Kernels{"avx512", SkipZerosAvx512, ScanEdgesAvx512, ScanEdgesAndCountAvx512, LabelRunsAvx512<CombineBlob4Way>,
             LabelRunsAvx512<CombineBlob8Way>, LabelBulkAvx512<CombineBlob4Way>, LabelBulkAvx512<CombineBlob8Way>}};
 
 std::size_t CountSupported() {

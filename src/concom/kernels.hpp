@@ -14,6 +14,7 @@ struct Kernels {
     /// The number of words before the first that is not zero, rounded down, or count.
     std::size_t (*skipZeros)(std::uint32_t const* words, std::size_t count);
     EdgeScan scanEdges;
+    EdgeScan scanEdgesAndCount;
     void (*labelRuns4Way)(MaskRows& rows);
     void (*labelRuns8Way)(MaskRows& rows);
     void (*labelBulk4Way)(MaskRows& rows);

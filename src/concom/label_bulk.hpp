@@ -130,7 +130,7 @@ private:
             if (out_[-1].label == label) return;
             rows_.begins[first / 64] |= ColumnBit(first);
         }
-        *out_++ = {first, label};
+        *out_++ = {.first = first, .end = 0, .label = label};
     }
 
     /// Labels columns up to end - 1, whose runs need no looking at.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 
 #include "concom/mask_rows.hpp"
 
@@ -13,6 +14,8 @@ template <std::uint32_t CombineBlob>
                                                        std::uint32_t end, std::uint32_t label, Segment* out) {
     BlobRecords& records = rows.records;
     auto const y = static_cast<std::uint32_t>(rows.y);
+    // Pixels of merged records that are still to be counted on label, together with the run's.
+    std::uint32_t takenOver = 0;
     do {
         if (next->label == label) continue;
         std::uint32_t const column = std::max(first, next->first - CombineBlob);
@@ -21,20 +24,25 @@ template <std::uint32_t CombineBlob>
         // Where the run's label is the root that survives nothing changes at the column: not one segment more for the
         // rows below to see. Neither branch nor count can be foreseen, so there is one branch for both.
         if ((std::min(root, other) != label) & (column > first)) {
-            // Counted before the merge: it hands over what has been counted, and nothing later.
-            records.blobs[label].Count(first, column, y);
-            *out++ = {first, label};
+            // Counted before the merge: it takes over what has been counted, and nothing later.
+            records.blobs[label].Count(column - first + takenOver, first, column, y);
+            takenOver = 0;
+            *out++ = {first, column, label};
             rows.scan.ends[column / 64] |= ColumnBit(column);
             first = column;
         }
-        label = records.MergeRoots(root, other);
+        label = std::min(root, other);
+        if (root != other) takenOver += records.Join(std::max(root, other), label);
     } while ((++next)->first < end + CombineBlob);
-    records.blobs[label].Count(first, end, y);
-    *out++ = {first, label};
+    records.blobs[label].Count(end - first + takenOver, first, end, y);
+    *out++ = {first, end, label};
     return out;
 }
 
 using JoiningRun = Segment* (*)(MaskRows&, Segment const*, std::uint32_t, std::uint32_t, std::uint32_t, Segment*);
+
+/// In rows of fewer edges it does not pay to count what ends above, or to look ahead: what a run sees is searched for.
+constexpr std::ptrdiff_t FewEdges = 16;
 
 /// Labels the runs of one row, each by itself; those that see several segments by a function of their own, lest they
 /// take registers from the others.
@@ -43,11 +51,16 @@ class RunRow {
 public:
     [[gnu::always_inline]] explicit RunRow(MaskRows& rows) : rows_(rows) {}
 
-    [[gnu::always_inline]] void Label() {
+    /// counted: whether the ranks have been.
+    [[gnu::always_inline]] void Label(bool counted) {
         std::uint32_t* const edges = rows_.scan.edges;
         std::uint32_t* const end = rows_.edgesEnd;
-        if (end - edges < FewEdges) {
-            for (std::uint32_t const* edge = edges; edge != end; edge += 2) LabelRun(edge, FindSeen(edge[0]));
+        if (!counted || end - edges < FewEdges) {
+            Segment const* seen = above_;
+            for (std::uint32_t const* edge = edges; edge != end; edge += 2) {
+                while (seen->end + CombineBlob <= edge[0]) ++seen;
+                LabelRun(edge, seen);
+            }
         } else {
             // Two runs ahead it is found what a run sees: a processor looks at no more than two or three runs at once,
             // which is not enough to hide how long that takes.
@@ -69,9 +82,6 @@ public:
     [[gnu::always_inline]] bool IsEmpty() const { return out_ == rows_.current; }
 
 private:
-    /// For rows of fewer edges it does not pay to look ahead.
-    static constexpr std::ptrdiff_t FewEdges = 16;
-
     /// The first segment above that does not end too far left to be seen from a column. How many do is counted, not
     /// searched: nothing to foresee.
     [[gnu::always_inline]] Segment const* FindSeen(std::uint32_t column) const {
@@ -94,7 +104,9 @@ private:
             out_ = LabelJoining(rows_, seen + 1 + fresh, first, end, label, out_);
         } else {
             blobs_[label].Count(first, end, y_);
-            *out_++ = {first, label};
+            std::memcpy(out_, edge, sizeof(Segment::first) + sizeof(Segment::end));
+            out_->label = label;
+            ++out_;
         }
     }
 
@@ -111,14 +123,17 @@ private:
 
 /// Labels run by run: rows up to the last, but stops behind a row without runs and before one for which there may be
 /// no room.
-template <std::uint32_t CombineBlob, EdgeScan Scan, JoiningRun LabelJoining>
+template <std::uint32_t CombineBlob, EdgeScan Scan, EdgeScan ScanAndCount, JoiningRun LabelJoining>
 [[gnu::always_inline]] inline void LabelRuns(MaskRows& rows) {
     bool empty = false;
     while (rows.y != rows.last && !empty && rows.room - rows.records.count >= rows.CountNewRecords()) {
-        rows.edgesEnd = Scan(rows.words + rows.y * rows.stride, rows.width, rows.scan);
+        // Whether a row has many runs is not known before it is scanned; the row above tells more often than not.
+        bool const counted = rows.edgesEnd - rows.scan.edges >= FewEdges;
+        std::uint32_t const* const words = rows.words + rows.y * rows.stride;
+        rows.edgesEnd = counted ? ScanAndCount(words, rows.width, rows.scan) : Scan(words, rows.width, rows.scan);
         rows.started = rows.records.count;
         RunRow<CombineBlob, LabelJoining> row(rows);
-        row.Label();
+        row.Label(counted);
         empty = row.IsEmpty();
         std::swap(rows.scan.aboveEnds, rows.scan.ends);
         rows.Advance();

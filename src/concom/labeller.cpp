@@ -55,6 +55,7 @@ void Labeller::Initialise() {
     std::size_t const lanes = CountLanes(rows_.width);
     store_.Clear(rows_.records);
     rows_.above[0] = rows_.above[1] = Guard;
+    rows_.edgesEnd = rows_.scan.edges;
     std::fill_n(rows_.scan.aboveEnds, lanes, Lane{0});
     std::fill_n(rows_.aboveBegins, lanes + 1, Lane{0});
     std::fill_n(rows_.abovePixels, lanes + 1, Lane{0});
@@ -90,9 +91,11 @@ void Labeller::SplitIntoRuns() {
     Segment* out = rows_.current;
     for (std::uint32_t const* edge = rows_.scan.edges; edge != rows_.edgesEnd; edge += 2) {
         while (segment[1].first <= edge[0]) ++segment;
-        *out++ = {edge[0], segment->label};
+        *out++ = {edge[0], edge[1], segment->label};
         while (segment[1].first < edge[1]) {
-            *out++ = *++segment;
+            ++segment;
+            out[-1].end = segment->first;
+            *out++ = {segment->first, edge[1], segment->label};
             rows_.scan.ends[segment->first / 64] |= ColumnBit(segment->first);
         }
     }

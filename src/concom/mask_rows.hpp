@@ -20,13 +20,15 @@ constexpr std::uint32_t CombineBlob8Way = 1;
 ///
 /// Where rows are labelled run by run a segment is a run, or a part of one; where they are labelled in bulk it has all
 /// runs up to the next one of another label.
-struct Segment {
+struct alignas(16) Segment {
     std::uint32_t first;
+    std::uint32_t end;  ///< behind its last pixel; only where rows are labelled run by run
     std::uint32_t label;
 };
 
-/// Stands twice behind a row's last segment, right of every run.
-constexpr Segment Guard{std::numeric_limits<std::uint32_t>::max() - 1, 0};
+/// Stands twice behind a row's last segment.
+constexpr std::uint32_t RightOfAll = std::numeric_limits<std::uint32_t>::max() - 1;
+constexpr Segment Guard{RightOfAll, RightOfAll, 0};
 
 /// A mask that is being labelled: the row above, which has been, and the current row, which is next.
 struct MaskRows {

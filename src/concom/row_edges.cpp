@@ -18,18 +18,21 @@
 namespace qel::algorithm::concom {
 namespace {
 
+template <bool CountEnds>
 [[gnu::always_inline]] inline std::uint32_t* ScanEdges(std::uint32_t const* words, unsigned int width,
                                                        RowEdges const& row) {
     std::size_t const count = CountLanes(width);
     std::uint32_t* edges = row.edges;
-    std::uint32_t rank = 0;
+    [[maybe_unused]] std::uint32_t rank = 0;
     Lane carry = 0;
     for (std::size_t i = 0; i < count; ++i) {
         Lane const pixels = LoadLane(words, width, i);
         Lane changes = pixels ^ (pixels >> 1U | carry << 63U);
         row.ends[i] = changes & ~pixels;
-        row.ranks[i] = rank;
-        rank += static_cast<std::uint32_t>(std::popcount(row.aboveEnds[i]));
+        if constexpr (CountEnds) {
+            row.ranks[i] = rank;
+            rank += static_cast<std::uint32_t>(std::popcount(row.aboveEnds[i]));
+        }
         carry = pixels & 1U;
         std::uint32_t const column = static_cast<std::uint32_t>(64 * i);
         while (changes != 0) {
@@ -44,6 +47,7 @@ namespace {
 
 #if defined(__x86_64__)
 
+#define QEL_TARGET_AVX2 gnu::target("avx2,bmi,lzcnt,popcnt")
 #define QEL_TARGET_AVX512 gnu::target("avx512f,avx512bw,avx512vbmi2,avx512vpopcntdq,gfni,bmi,popcnt")
 
 /// Lanes whose lowest bit is the first pixel.
@@ -81,6 +85,7 @@ struct WideScan {
 };
 
 /// Scans 16 words, of which the first is word i of the row.
+template <bool CountEnds>
 [[QEL_TARGET_AVX512, gnu::always_inline]] inline void ScanVector(__m512i words, std::size_t i, RowEdges const& row,
                                                                  WideScan& scan) {
     alignas(64) static constexpr auto Index = [] {
@@ -93,18 +98,20 @@ struct WideScan {
     __m512i const before = _mm512_alignr_epi64(pixels, scan.pixels, 7);
     __m512i const shifted = _mm512_shrdi_epi64(pixels, before, 1);
     __m512i const changes = _mm512_xor_si512(pixels, shifted);
-    __m512i const passed = _mm512_popcnt_epi64(_mm512_loadu_si512(row.aboveEnds + i / 2));
+    __m512i const passed = CountEnds ? _mm512_popcnt_epi64(_mm512_loadu_si512(row.aboveEnds + i / 2)) : zero;
     _mm512_storeu_si512(row.ends + i / 2, _mm512_andnot_si512(pixels, shifted));
     scan.pixels = pixels;
     unsigned int changed = _mm512_test_epi64_mask(changes, changes);
     if (changed != 0) {
-        // Sums over one, two and four lanes make the sums over all lanes before.
-        __m512i sums = _mm512_alignr_epi64(passed, zero, 7);
-        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 7));
-        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 6));
-        sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 4));
-        sums = _mm512_add_epi64(sums, _mm512_set1_epi64(_mm512_reduce_add_epi64(scan.passed)));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.ranks + i / 2), _mm512_cvtepi64_epi32(sums));
+        if constexpr (CountEnds) {
+            // Sums over one, two and four lanes make the sums over all lanes before.
+            __m512i sums = _mm512_alignr_epi64(passed, zero, 7);
+            sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 7));
+            sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 6));
+            sums = _mm512_add_epi64(sums, _mm512_alignr_epi64(sums, zero, 4));
+            sums = _mm512_add_epi64(sums, _mm512_set1_epi64(_mm512_reduce_add_epi64(scan.passed)));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.ranks + i / 2), _mm512_cvtepi64_epi32(sums));
+        }
         alignas(64) std::uint64_t bits[8];
         _mm512_store_si512(bits, ReverseBits(changes));
         __m512i const index = _mm512_load_si512(Index.data());
@@ -113,7 +120,26 @@ struct WideScan {
             scan.edges = WriteColumns(bits[lane], static_cast<std::uint32_t>(32 * i + 64 * lane), index, scan.edges);
         }
     }
-    scan.passed = _mm512_add_epi64(scan.passed, passed);
+    if constexpr (CountEnds) scan.passed = _mm512_add_epi64(scan.passed, passed);
+}
+
+template <bool CountEnds>
+[[QEL_TARGET_AVX512, gnu::always_inline]] inline std::uint32_t* ScanWide(std::uint32_t const* words, unsigned int width,
+                                                                         RowEdges const& row) {
+    std::size_t const count = width / 32U + (width % 32U != 0 ? 1 : 0);
+    WideScan scan{_mm512_setzero_si512(), _mm512_setzero_si512(), row.edges};
+    std::size_t i = 0;
+    for (; i + 16 < count; i += 16) ScanVector<CountEnds>(_mm512_loadu_si512(words + i), i, row, scan);
+    if (count != 0) {
+        unsigned int const left = static_cast<unsigned int>(count - i);
+        __mmask16 const last = static_cast<__mmask16>(1U << (left - 1));
+        __m512i const loaded = _mm512_maskz_loadu_epi32(static_cast<__mmask16>((2U << (left - 1)) - 1U), words + i);
+        __m512i const padding = _mm512_set1_epi32(static_cast<int>(PaddingMask(width)));
+        ScanVector<CountEnds>(_mm512_mask_andnot_epi32(loaded, last, padding, loaded), i, row, scan);
+        // A run that reaches the last pixel ends at the width: seen above, unless the row ends with the vector.
+        if (left == 16 && (words[count - 1] & ~PaddingMask(width) & 1U) != 0) *scan.edges++ = width;
+    }
+    return scan.edges;
 }
 
 #endif
@@ -121,32 +147,32 @@ struct WideScan {
 }  // namespace
 
 std::uint32_t* ScanEdgesPlain(std::uint32_t const* words, unsigned int width, RowEdges const& row) {
-    return ScanEdges(words, width, row);
+    return ScanEdges<false>(words, width, row);
+}
+
+std::uint32_t* ScanEdgesAndCountPlain(std::uint32_t const* words, unsigned int width, RowEdges const& row) {
+    return ScanEdges<true>(words, width, row);
 }
 
 #if defined(__x86_64__)
 
-[[gnu::target("avx2,bmi,lzcnt,popcnt")]] std::uint32_t* ScanEdgesAvx2(std::uint32_t const* words, unsigned int width,
-                                                                      RowEdges const& row) {
-    return ScanEdges(words, width, row);
+[[QEL_TARGET_AVX2]] std::uint32_t* ScanEdgesAvx2(std::uint32_t const* words, unsigned int width, RowEdges const& row) {
+    return ScanEdges<false>(words, width, row);
+}
+
+[[QEL_TARGET_AVX2]] std::uint32_t* ScanEdgesAndCountAvx2(std::uint32_t const* words, unsigned int width,
+                                                         RowEdges const& row) {
+    return ScanEdges<true>(words, width, row);
 }
 
 [[QEL_TARGET_AVX512]] std::uint32_t* ScanEdgesAvx512(std::uint32_t const* words, unsigned int width,
                                                      RowEdges const& row) {
-    std::size_t const count = width / 32U + (width % 32U != 0 ? 1 : 0);
-    WideScan scan{_mm512_setzero_si512(), _mm512_setzero_si512(), row.edges};
-    std::size_t i = 0;
-    for (; i + 16 < count; i += 16) ScanVector(_mm512_loadu_si512(words + i), i, row, scan);
-    if (count != 0) {
-        unsigned int const left = static_cast<unsigned int>(count - i);
-        __mmask16 const last = static_cast<__mmask16>(1U << (left - 1));
-        __m512i const loaded = _mm512_maskz_loadu_epi32(static_cast<__mmask16>((2U << (left - 1)) - 1U), words + i);
-        __m512i const padding = _mm512_set1_epi32(static_cast<int>(PaddingMask(width)));
-        ScanVector(_mm512_mask_andnot_epi32(loaded, last, padding, loaded), i, row, scan);
-        // A run that reaches the last pixel ends at the width: seen above, unless the row ends with the vector.
-        if (left == 16 && (words[count - 1] & ~PaddingMask(width) & 1U) != 0) *scan.edges++ = width;
-    }
-    return scan.edges;
+    return ScanWide<false>(words, width, row);
+}
+
+[[QEL_TARGET_AVX512]] std::uint32_t* ScanEdgesAndCountAvx512(std::uint32_t const* words, unsigned int width,
+                                                             RowEdges const& row) {
+    return ScanWide<true>(words, width, row);
 }
 
 #endif

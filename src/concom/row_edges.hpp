@@ -21,14 +21,18 @@ struct RowEdges {
 };
 
 /// Writes the columns at which the row's runs of set pixels begin and end (the end exclusive), in turn, and returns
-/// where it stopped; sets bits in ends at the columns where they end, but for the width, and clears the others; counts
-/// the bits of aboveEnds. width is the row's number of pixels; padding is masked away.
+/// where it stopped; sets bits in ends at the columns where they end, but for the width, and clears the others. width
+/// is the row's number of pixels; padding is masked away. Those that count, too, write the ranks of lanes in which runs
+/// begin.
 using EdgeScan = std::uint32_t* (*)(std::uint32_t const* words, unsigned int width, RowEdges const& row);
 
 std::uint32_t* ScanEdgesPlain(std::uint32_t const* words, unsigned int width, RowEdges const& row);
+std::uint32_t* ScanEdgesAndCountPlain(std::uint32_t const* words, unsigned int width, RowEdges const& row);
 #if defined(__x86_64__)
 std::uint32_t* ScanEdgesAvx2(std::uint32_t const* words, unsigned int width, RowEdges const& row);
+std::uint32_t* ScanEdgesAndCountAvx2(std::uint32_t const* words, unsigned int width, RowEdges const& row);
 std::uint32_t* ScanEdgesAvx512(std::uint32_t const* words, unsigned int width, RowEdges const& row);
+std::uint32_t* ScanEdgesAndCountAvx512(std::uint32_t const* words, unsigned int width, RowEdges const& row);
 #endif
 
 }  // namespace qel::algorithm::concom

@@ -27,24 +27,35 @@ using Lanes = std::vector<Lane>;
 
 bool Get(Lanes const& lanes, unsigned int x) { return (lanes[x / 64] & ColumnBit(x)) != 0; }
 
+struct Scanned {
+    Columns edges;
+    Lanes ends;
+    Columns ranks;
+};
+
+/// Scans the mask's only row below one that has ends at the columns of above.
+Scanned RunScan(EdgeScan scan, BitMask const& mask, Lanes above) {
+    unsigned int const width = mask.GetSize().width;
+    std::size_t const lanes = CountLanes(width) + LaneSlack;
+    Scanned row{Columns(width + EdgeSlack), Lanes(lanes, 7), Columns(lanes, 7)};
+    above.resize(lanes);
+    std::uint32_t const* const end =
+        scan(mask.GetData().data(), width, {row.edges.data(), row.ends.data(), above.data(), row.ranks.data()});
+    row.edges.resize(static_cast<std::size_t>(end - row.edges.data()));
+    return row;
+}
+
 class RowEdges : public testing::TestWithParam<Kernels> {
 protected:
-    /// Scans the mask's only row below one that has ends at the columns of above.
-    Columns Scan(BitMask const& mask, Lanes above = {}) {
-        unsigned int const width = mask.GetSize().width;
-        std::size_t const lanes = CountLanes(width) + LaneSlack;
-        Columns edges(width + EdgeSlack);
-        above.resize(lanes);
-        ends_.assign(lanes, 7);
-        ranks_.assign(lanes, 7);
-        std::uint32_t const* const end = GetParam().scanEdges(
-            mask.GetData().data(), width, {edges.data(), ends_.data(), above.data(), ranks_.data()});
-        edges.resize(static_cast<std::size_t>(end - edges.data()));
-        return edges;
+    /// With ranks and without, which gives the same edges and ends.
+    static Scanned Scan(BitMask const& mask, Lanes const& above = {}) {
+        Scanned row = RunScan(GetParam().scanEdgesAndCount, mask, above);
+        Scanned const uncounted = RunScan(GetParam().scanEdges, mask, above);
+        EXPECT_EQ(uncounted.edges, row.edges);
+        EXPECT_EQ(uncounted.ends, row.ends);
+        EXPECT_EQ(uncounted.ranks, Columns(row.ranks.size(), 7));
+        return row;
     }
-
-    Lanes ends_;
-    Columns ranks_;
 };
 
 TEST_P(RowEdges, GiveTheColumnsOfEveryWidth) {
@@ -52,7 +63,7 @@ TEST_P(RowEdges, GiveTheColumnsOfEveryWidth) {
     for (unsigned int width = 0; width <= 1100; ++width) {
         for (unsigned int const percent : {0U, 1U, 50U, 97U, 100U}) {
             BitMask const mask = reference::Noise({width, 1}, percent, random);
-            ASSERT_EQ(Scan(mask), WalkPixels(mask)) << width << ' ' << percent << " %";
+            ASSERT_EQ(Scan(mask).edges, WalkPixels(mask)) << width << ' ' << percent << " %";
         }
     }
 }
@@ -62,7 +73,7 @@ TEST_P(RowEdges, GiveEveryColumnOfACheckeredRow) {
         for (std::uint32_t const pattern : {0xAAAAAAAAU, 0x55555555U}) {
             BitMask mask({width, 1});
             for (std::uint32_t& word : mask.GetData()) word = pattern;
-            ASSERT_EQ(Scan(mask), WalkPixels(mask)) << width;
+            ASSERT_EQ(Scan(mask).edges, WalkPixels(mask)) << width;
         }
     }
 }
@@ -71,10 +82,10 @@ TEST_P(RowEdges, MarkWhereRunsEnd) {
     std::mt19937 random(82);
     for (unsigned int width = 1; width <= 1100; ++width) {
         BitMask const mask = reference::Noise({width, 1}, 50, random);
-        Scan(mask);
+        Lanes const ends = Scan(mask).ends;
         for (unsigned int x = 0; x < width; ++x) {
-            bool const ends = x != 0 && reference::Get(mask, x - 1, 0) && !reference::Get(mask, x, 0);
-            ASSERT_EQ(Get(ends_, x), ends) << width << ' ' << x;
+            bool const isEnd = x != 0 && reference::Get(mask, x - 1, 0) && !reference::Get(mask, x, 0);
+            ASSERT_EQ(Get(ends, x), isEnd) << width << ' ' << x;
         }
     }
 }
@@ -86,11 +97,12 @@ TEST_P(RowEdges, CountWhatEndsAboveInTheLanesBeforeEachRun) {
             BitMask const mask = reference::Noise({width, 1}, percent, random);
             Lanes above(CountLanes(width));
             for (Lane& lane : above) lane = Lane{random()} << 32U | random();
-            for (std::uint32_t const edge : Scan(mask, above)) {
+            Scanned const row = Scan(mask, above);
+            for (std::uint32_t const edge : row.edges) {
                 if (edge == width || !reference::Get(mask, edge, 0)) continue;
                 std::uint32_t rank = 0;
                 for (unsigned int x = 0; x < edge / 64 * 64; ++x) rank += Get(above, x) ? 1 : 0;
-                ASSERT_EQ(ranks_[edge / 64], rank) << width << ' ' << edge;
+                ASSERT_EQ(row.ranks[edge / 64], rank) << width << ' ' << edge;
             }
         }
     }
