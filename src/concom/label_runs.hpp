@@ -104,6 +104,7 @@ private:
             out_ = LabelJoining(rows_, seen + 1 + fresh, first, end, label, out_);
         } else {
             blobs_[label].Count(first, end, y_);
+            // Both columns at once, as they stand there.
             std::memcpy(out_, edge, sizeof(Segment::first) + sizeof(Segment::end));
             out_->label = label;
             ++out_;

@@ -19,15 +19,16 @@ constexpr std::uint32_t CombineBlob8Way = 1;
 /// Pixels of a row that took the same label: those from column first up to the next segment's.
 ///
 /// Where rows are labelled run by run a segment is a run, or a part of one; where they are labelled in bulk it has all
-/// runs up to the next one of another label.
+/// runs up to the next one of another label. Aligned to a power of two: segments are found by their number.
 struct alignas(16) Segment {
     std::uint32_t first;
     std::uint32_t end;  ///< behind its last pixel; only where rows are labelled run by run
     std::uint32_t label;
 };
 
-/// Stands twice behind a row's last segment.
+/// No run begins or ends here, or a column before.
 constexpr std::uint32_t RightOfAll = std::numeric_limits<std::uint32_t>::max() - 1;
+/// Stands twice behind a row's last segment.
 constexpr Segment Guard{RightOfAll, RightOfAll, 0};
 
 /// A mask that is being labelled: the row above, which has been, and the current row, which is next.
